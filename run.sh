@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# The project's two entry points on a fresh machine. Each installs what it
+# needs from the distribution's packages, then builds.
+#
+#   ./run.sh demo   build the library and run the demo program
+#   ./run.sh test   build with GCC and with Clang, warnings as errors, and run
+#                   every test suite with both
+set -euo pipefail
+cd "$(dirname "$0")"
+
+# Debian packages the build and the tests need.
+PACKAGES=(cmake ninja-build g++ clang binutils libgtest-dev libgmock-dev libbenchmark-dev)
+
+ensure_packages() {
+  local missing=()
+  for package in "${PACKAGES[@]}"; do
+    dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
+  done
+  [[ ${#missing[@]} -eq 0 ]] && return 0
+  echo "Installing: ${missing[*]}"
+  local sudo=()
+  [[ $(id -u) -ne 0 ]] && sudo=(sudo)
+  "${sudo[@]}" apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+case "${1:-}" in
+  demo)
+    ensure_packages
+    cmake --preset gcc >/dev/null
+    cmake --build --preset gcc --target zt-demo
+    ./build/gcc/examples/zt-demo
+    ;;
+  test)
+    ensure_packages
+    cmake --workflow --preset gcc
+    cmake --workflow --preset clang
+    ;;
+  *)
+    echo "usage: $0 demo|test" >&2
+    exit 2
+    ;;
+esac

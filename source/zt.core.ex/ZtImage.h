@@ -1,0 +1,80 @@
+#ifndef ZT_CORE_EX_ZTIMAGE_H
+#define ZT_CORE_EX_ZTIMAGE_H
+
+#include "ZtCoreExExport.h"
+#include "ZtImageFormat.h"
+#include "ZtInterop.h"
+
+namespace Zt {
+
+// An image that owns its pixels: one malloc block of exactly
+// GetByteCount() bytes, dense and unpadded, described by a CZtImageFormat.
+//
+// It never raises. Every failure is a false result or a silently Empty image
+// (IsValid() false); callers check IsValid() after the operations that drop
+// their result (the copy constructor, the format constructor, operator =).
+// Copies are deep.
+class ZT_CORE_EX_API CZtImage : public IImage {
+public:
+  // Empty, with an unset format.
+  CZtImage();
+  // Empty, then a deep copy if other is valid.
+  CZtImage(const CZtImage& other);
+  // Allocates an uninitialised block of the format; Empty on failure.
+  CZtImage(const CZtImageFormat& format);  // NOLINT: converting on purpose
+  ~CZtImage() override;
+
+  // A deep copy if other is valid; otherwise nothing changes. Assigning an
+  // image to itself leaves it Empty, as Create(*this) does.
+  CZtImage& operator=(const CZtImage& other);
+
+  // Destroys the old block, then copies a valid source; false, with nothing
+  // changed, for a null or invalid source.
+  bool Create(const IImage* source) override;
+  // Allocates, then copies GetByteCount() bytes from data (not checked).
+  bool Create(int width, int height, EPixelType::ID pixelType, EDataType::ID dataType,
+              const void* data) override;
+  // Destroys the old block, then allocates an uninitialised one. False for a
+  // size below 1 (format untouched), an unknown type or a failed malloc
+  // (format zeroed).
+  bool Create(int width, int height, EPixelType::ID pixelType, EDataType::ID dataType) override;
+  // Frees the block and zeroes the format; on an Empty image does nothing.
+  // Always true.
+  bool Destroy() override;
+  bool IsValid() const override;
+  int GetBytesPerPixel() const override;
+  unsigned int GetPixelCount() const override;
+  unsigned int GetByteCount() const override;
+  void GetSize(int& width, int& height) const override;
+  void GetType(EPixelType::ID& pixelType, EDataType::ID& dataType) const override;
+  const void* GetDataPtr() const override;
+  void* GetDataPtr() override;
+
+  virtual const CZtImageFormat& GetFormat() const;
+
+  bool Create(const CZtImage& other);
+  bool Create(const CZtImageFormat& format);
+
+  // Copies other's pixels into the existing block; false unless both images
+  // are valid and of the same format.
+  bool Set(const CZtImage& other);
+  // Copies GetByteCount() bytes from data into a valid image. Returns false
+  // on every path, also after a complete copy.
+  bool Set(const void* data);
+
+  bool IsOfType(EPixelType::ID pixelType, EDataType::ID dataType) const;
+  // Clears GetByteCount() bytes; no validity test.
+  void SetZero();
+  // Stretches a Lum Float image to 0..1 in place, in single precision. The
+  // extremes start at 1e9 and -1e9 and are never seeded from a sample; NaN
+  // samples are ignored and stay NaN. False for any other format.
+  bool Normalize();
+
+protected:
+  CZtImageFormat m_Format;
+  void* m_pData;
+};
+
+}  // namespace Zt
+
+#endif

@@ -1,0 +1,28 @@
+# The library as its users meet it: exported symbols, the installed CMake
+# package and the source tree pulled in with add_subdirectory.
+set(_zt_packaging ${CMAKE_CURRENT_SOURCE_DIR}/packaging)
+set(_zt_prefix ${CMAKE_BINARY_DIR}/test-install)
+
+add_test(NAME zt_library_symbols
+  COMMAND bash ${_zt_packaging}/check_library.sh $<TARGET_FILE:ZtCoreEx>)
+
+add_test(NAME zt_install
+  COMMAND ${CMAKE_COMMAND} --install ${CMAKE_BINARY_DIR} --prefix ${_zt_prefix})
+set_tests_properties(zt_install PROPERTIES FIXTURES_SETUP zt_installed)
+
+set(_zt_consumer_options
+  --build-generator ${CMAKE_GENERATOR}
+  --build-options -DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER})
+
+add_test(NAME zt_consumer_find_package
+  COMMAND ${CMAKE_CTEST_COMMAND} --build-and-test
+    ${_zt_packaging}/find_package ${CMAKE_CURRENT_BINARY_DIR}/consumer-find-package
+    ${_zt_consumer_options} -DCMAKE_PREFIX_PATH=${_zt_prefix} -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
+    --test-command consumer)
+set_tests_properties(zt_consumer_find_package PROPERTIES FIXTURES_REQUIRED zt_installed)
+
+add_test(NAME zt_consumer_add_subdirectory
+  COMMAND ${CMAKE_CTEST_COMMAND} --build-and-test
+    ${_zt_packaging}/add_subdirectory ${CMAKE_CURRENT_BINARY_DIR}/consumer-add-subdirectory
+    ${_zt_consumer_options} -DZT_SOURCE_DIR=${PROJECT_SOURCE_DIR} -DCMAKE_BUILD_TYPE=Debug
+    --test-command consumer)
