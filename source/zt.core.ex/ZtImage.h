@@ -70,7 +70,28 @@ public:
   // samples are ignored and stay NaN. False for any other format.
   bool Normalize();
 
+  // --- Conversion --------------------------------------------------------
+  // Converts this image into target, which is always created anew with this
+  // image's size and the given types. False for an invalid source, a refused
+  // Create, or a target type no conversion writes.
+  bool ConvertType(CZtImage& target, EPixelType::ID pixelType, EDataType::ID dataType) const;
+  // Converts source into target. With create true, target is created first;
+  // with create false, the conversion writes into target's existing memory
+  // and asks nothing else of it (the form for views).
+  static bool ConvertType(IImage* target, const IImage* source, EPixelType::ID pixelType,
+                          EDataType::ID dataType, bool create);
+  // Converts one bare block into another: a copy when the formats are equal,
+  // otherwise the conversion over the source's pixel count. Nothing is
+  // checked: pointers, target size and overlap are the caller's business.
+  static bool ConvertMemory(void* target, const void* source, const CZtImageFormat& targetFormat,
+                            const CZtImageFormat& sourceFormat);
+
 protected:
+  // Selects the conversion, target types first, then source types.
+  static bool _ConvertTrgSwitch(void* target, const void* source,
+                                const CZtImageFormat& targetFormat,
+                                const CZtImageFormat& sourceFormat);
+
   CZtImageFormat m_Format;
   void* m_pData;
 };
