@@ -3,8 +3,9 @@
 # needs from the distribution's packages, then builds.
 #
 #   ./run.sh demo   build the library and run the demo program
-#   ./run.sh test   build with GCC and with Clang, warnings as errors, and run
-#                   every test suite with both
+#   ./run.sh test   build with GCC, with Clang, and with Clang under Address-,
+#                   Leak- and UndefinedBehaviorSanitizer, warnings as errors,
+#                   and run every test suite in each build
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -35,6 +36,7 @@ case "${1:-}" in
     ensure_packages
     cmake --workflow --preset gcc
     cmake --workflow --preset clang
+    cmake --workflow --preset asan
     ;;
   *)
     echo "usage: $0 demo|test" >&2

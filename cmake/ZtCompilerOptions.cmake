@@ -36,5 +36,20 @@ function(zt_shared_library target)
     SOVERSION ${PROJECT_VERSION_MAJOR}
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
-  target_link_options(${target} PRIVATE -Wl,--no-undefined)
+  # Every symbol a library needs must come from its declared dependencies.
+  # Not under sanitizers: their runtime is linked into the executable only.
+  if(NOT ZT_SANITIZE)
+    target_link_options(${target} PRIVATE -Wl,--no-undefined)
+  endif()
 endfunction()
+
+# Sanitizer builds: ZT_SANITIZE is a list such as "address;undefined". Every
+# target of the build, tests included, is instrumented, and any finding stops
+# the program (no recovery), so a finding fails its test.
+set(ZT_SANITIZE "" CACHE STRING "Sanitizers to build with, e.g. address;undefined")
+if(ZT_SANITIZE)
+  list(JOIN ZT_SANITIZE "," _zt_sanitizers)
+  add_compile_options(-fsanitize=${_zt_sanitizers} -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer -g)
+  add_link_options(-fsanitize=${_zt_sanitizers} -fno-sanitize-recover=all)
+endif()

@@ -140,7 +140,15 @@ bool CZtImage::IsOfType(EPixelType::ID pixelType, EDataType::ID dataType) const 
   return m_Format.PixelType == pixelType && m_Format.DataType == dataType;
 }
 
-void CZtImage::SetZero() { std::memset(m_pData, 0, m_Format.GetByteCount()); }
+void CZtImage::SetZero() {
+  // No validity test: an Empty image with a leftover format is the caller's
+  // fault. A zero byte count has nothing to clear (and memset on a null
+  // pointer would be undefined even for 0 bytes).
+  const unsigned int count = m_Format.GetByteCount();
+  if (count != 0) {
+    std::memset(m_pData, 0, count);
+  }
+}
 
 bool CZtImage::Normalize() {
   const unsigned int count = GetPixelCount();
