@@ -1,0 +1,5 @@
+# Parameters: the parameter exceptions, safe pointers and the parameter map.
+# Internal throughout; the metadata store is their only user.
+zt_ex_component(params
+  SOURCES
+    zt.core.development/ZtParException.cpp)

@@ -1,0 +1,7 @@
+# Parameter exceptions, safe pointers and the parameter map: internal classes,
+# tested on the component's objects.
+zt_add_gtest(zt_params_tests
+  SOURCES
+    zt.core.development/ZtParMapExceptionTest.cpp
+  LIBS ZtCore)
+zt_link_components(zt_params_tests params)

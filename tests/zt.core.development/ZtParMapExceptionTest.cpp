@@ -1,0 +1,134 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "ZtParException.h"
+
+using Zt::CGuid;
+using Zt::CIException;
+using Zt::CZtException;
+using Zt::CZtParameterException;
+using Zt::CZtString;
+
+namespace {
+
+constexpr const char* kParMapFile = "source\\zt.core.development\\ZtParMap";
+
+// What each of the five specific classes must report, written out here so
+// that the test does not take the classes' own constants for it.
+struct Expected {
+  const char* name;
+  const char* guid;
+  const char* fixed;
+};
+
+template <class E>
+Expected ExpectedOf();
+template <>
+Expected ExpectedOf<Zt::CZtParInvalidNameException>() {
+  return {"Zt.ParInvalidNameException", "{2952225E-DB39-479E-A4E1-7496D6D531B2}",
+          "Unknown parameter name"};
+}
+template <>
+Expected ExpectedOf<Zt::CZtParAccessReadException>() {
+  return {"Zt.ParAccessReadException", "{2D69D395-4593-48BC-BC70-05C182CEFAE0}",
+          "Parameter read access denied"};
+}
+template <>
+Expected ExpectedOf<Zt::CZtParAccessWriteException>() {
+  return {"Zt.ParAccessWriteException", "{2C95F24C-6098-4354-A291-A8A3C0D0EFAE}",
+          "Parameter write access denied"};
+}
+template <>
+Expected ExpectedOf<Zt::CZtParInvalidTypeException>() {
+  return {"Zt.ParInvalidTypeException", "{944D12C7-608C-4509-9755-66A898B5432C}",
+          "Wrong type for parameter"};
+}
+template <>
+Expected ExpectedOf<Zt::CZtParInvalidValueException>() {
+  return {"Zt.ParInvalidValueException", "{3044F9AE-0257-4215-B36C-E8EFD6A543ED}",
+          "Invalid parameter value"};
+}
+
+template <class E>
+class ParDetailException : public ::testing::Test {};
+using DetailClasses =
+    ::testing::Types<Zt::CZtParInvalidNameException, Zt::CZtParAccessReadException,
+                     Zt::CZtParAccessWriteException, Zt::CZtParInvalidTypeException,
+                     Zt::CZtParInvalidValueException>;
+TYPED_TEST_SUITE(ParDetailException, DetailClasses);
+
+TYPED_TEST(ParDetailException, ComposesItsMessageAndReportsItsOwnNameAndGuid) {
+  const Expected expected = ExpectedOf<TypeParam>();
+  const struct {
+    const char* detail;
+    std::string message;
+  } cases[] = {
+      {"Expected type 'unsigned' differs from 'double'",
+       std::string(expected.fixed) + "; Expected type 'unsigned' differs from 'double'"},
+      {"", expected.fixed},
+      {";", std::string(expected.fixed) + "; ;"},
+  };
+  for (const auto& c : cases) {
+    try {
+      throw TypeParam(c.detail, "Zt::Somewhere::Raise", 17, nullptr);
+    } catch (CZtParameterException& e) {
+      EXPECT_EQ(e.GetMessageText(), c.message);
+      EXPECT_STREQ(e.GetName(), expected.name);
+      EXPECT_EQ(e.GetGUID(), CGuid(expected.guid));
+      EXPECT_NE(e.GetGUID(), CZtParameterException::ClassGuid);
+      EXPECT_STREQ(e.GetFile(), kParMapFile);
+      EXPECT_STREQ(e.GetFunction(), "Zt::Somewhere::Raise");
+      EXPECT_EQ(e.GetLine(), 17u);
+      EXPECT_EQ(e.GetInnerException(), nullptr);
+    }
+  }
+}
+
+TYPED_TEST(ParDetailException, IsCaughtAsEachOfItsBases) {
+  const auto raise = [] { throw TypeParam("d", "f", 1, nullptr); };
+  EXPECT_THROW(raise(), TypeParam);
+  EXPECT_THROW(raise(), CZtParameterException);
+  EXPECT_THROW(raise(), CZtException);
+  EXPECT_THROW(raise(), CIException);
+}
+
+TYPED_TEST(ParDetailException, CloneKeepsClassTextsLocationAndInnerChain) {
+  CZtException inner = CZtException::Create("handler refused", "Handler", "Zt::Handler::On", 3);
+  TypeParam original("detail", "Zt::Somewhere::Raise", 99, &inner);
+  const std::unique_ptr<CIException> clone(original.Clone());
+
+  const auto* typed = dynamic_cast<const TypeParam*>(clone.get());
+  ASSERT_NE(typed, nullptr);
+  EXPECT_STREQ(typed->GetMessageText(), original.GetMessageText());
+  EXPECT_STREQ(typed->GetName(), ExpectedOf<TypeParam>().name);
+  EXPECT_EQ(typed->GetGUID(), CGuid(ExpectedOf<TypeParam>().guid));
+  EXPECT_STREQ(typed->GetFile(), kParMapFile);
+  EXPECT_STREQ(typed->GetFunction(), "Zt::Somewhere::Raise");
+  EXPECT_EQ(typed->GetLine(), 99u);
+  ASSERT_NE(typed->GetInnerException(), nullptr);
+  EXPECT_STREQ(typed->GetInnerException()->GetMessageText(), "handler refused");
+  EXPECT_TRUE(typed->HasException(CZtException::ClassGuid));
+  EXPECT_TRUE(typed->HasException(CGuid(ExpectedOf<TypeParam>().guid)));
+  EXPECT_FALSE(typed->HasException(CZtParameterException::ClassGuid));
+}
+
+TEST(CZtParameterException, UsesItsMessageAsItStandsUnderItsOwnNameAndGuid) {
+  CZtParameterException e("any text; as given", "Zt::Somewhere::Raise", 5, nullptr);
+  EXPECT_STREQ(e.GetMessageText(), "any text; as given");
+  EXPECT_STREQ(e.GetName(), "Zt.ParameterException");
+  EXPECT_EQ(e.GetGUID(), CGuid("{3500903C-1B00-4CDB-AFC3-53C91539D6F9}"));
+  EXPECT_STREQ(e.GetFile(), kParMapFile);
+
+  const std::unique_ptr<CIException> clone(e.Clone());
+  ASSERT_NE(dynamic_cast<CZtParameterException*>(clone.get()), nullptr);
+  EXPECT_STREQ(clone->GetName(), "Zt.ParameterException");
+  EXPECT_EQ(clone->GetGUID(), e.GetGUID());
+
+  const auto raise = [] { throw CZtParameterException("", "f", 1, nullptr); };
+  EXPECT_THROW(raise(), CZtException);
+  EXPECT_THROW(raise(), CIException);
+}
+
+}  // namespace
