@@ -10,7 +10,8 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 # Debian packages the build and the tests need.
-PACKAGES=(cmake ninja-build g++ clang binutils libgtest-dev libgmock-dev libbenchmark-dev)
+PACKAGES=(cmake ninja-build g++ clang binutils libgtest-dev libgmock-dev libbenchmark-dev
+          pkgconf libpng-dev doxygen)
 
 ensure_packages() {
   local missing=()

@@ -35,3 +35,40 @@ add_test(NAME zt_consumer_add_subdirectory
     ${_zt_packaging}/add_subdirectory ${CMAKE_CURRENT_BINARY_DIR}/consumer-add-subdirectory
     ${_zt_consumer_options} -DZT_SOURCE_DIR=${PROJECT_SOURCE_DIR} -DCMAKE_BUILD_TYPE=Debug
     --test-command consumer)
+
+# The same library installed with DESTDIR, as distribution packaging does it,
+# consumed through pkg-config and through find_package.
+set(_zt_stage ${CMAKE_BINARY_DIR}/test-destdir)
+add_test(NAME zt_install_destdir
+  COMMAND sh -c "rm -rf \"$1\" && DESTDIR=\"$1\" \"$2\" --install \"$3\"" zt_install_destdir
+    ${_zt_stage} ${CMAKE_COMMAND} ${CMAKE_BINARY_DIR})
+set_tests_properties(zt_install_destdir PROPERTIES FIXTURES_SETUP zt_staged)
+
+set(_zt_sanitize_flags "")
+if(ZT_SANITIZE)
+  set(_zt_sanitize_flags -fsanitize=${_zt_sanitizers})
+endif()
+add_test(NAME zt_consumer_pkg_config
+  COMMAND bash ${_zt_packaging}/pkg_config_consumer.sh ${_zt_stage} ${CMAKE_INSTALL_PREFIX}
+    ${ZT_PKGCONFIG_INSTALL_DIR} ${CMAKE_CURRENT_BINARY_DIR}/consumer-pkg-config
+    ${CMAKE_CXX_COMPILER} ${_zt_sanitize_flags})
+set_tests_properties(zt_consumer_pkg_config PROPERTIES FIXTURES_REQUIRED zt_staged)
+
+add_test(NAME zt_consumer_find_package_destdir
+  COMMAND ${CMAKE_CTEST_COMMAND} --build-and-test
+    ${_zt_packaging}/find_package ${CMAKE_CURRENT_BINARY_DIR}/consumer-find-package-destdir
+    ${_zt_consumer_options} -DCMAKE_PREFIX_PATH=${_zt_stage}${CMAKE_INSTALL_PREFIX}
+    -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
+    --test-command consumer)
+set_tests_properties(zt_consumer_find_package_destdir PROPERTIES FIXTURES_REQUIRED zt_staged)
+
+# CPack's .deb and .tar.gz, unpacked and looked into.
+if(NOT ZT_SANITIZE)
+  add_test(NAME zt_packages
+    COMMAND bash ${_zt_packaging}/check_packages.sh ${CMAKE_BINARY_DIR}
+      ${CMAKE_CURRENT_BINARY_DIR}/packages)
+  set_tests_properties(zt_packages PROPERTIES RESOURCE_LOCK zt_install_tree)
+endif()
+# Every install runs the same install script of this build tree, which also
+# rewrites its manifest: one at a time.
+set_tests_properties(zt_install zt_install_destdir PROPERTIES RESOURCE_LOCK zt_install_tree)
