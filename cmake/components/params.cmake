@@ -2,4 +2,6 @@
 # Internal throughout; the metadata store is their only user.
 zt_ex_component(params
   SOURCES
-    zt.core.development/ZtParException.cpp)
+    zt.core.development/ZtParException.cpp
+    zt.core.development/ZtSafePtrRepo.cpp
+    zt.core.development/ZtParMap.cpp)

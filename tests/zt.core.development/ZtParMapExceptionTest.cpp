@@ -57,7 +57,14 @@ using DetailClasses =
     ::testing::Types<Zt::CZtParInvalidNameException, Zt::CZtParAccessReadException,
                      Zt::CZtParAccessWriteException, Zt::CZtParInvalidTypeException,
                      Zt::CZtParInvalidValueException>;
-TYPED_TEST_SUITE(ParDetailException, DetailClasses);
+// "Zt.ParInvalidNameException" gives "ParInvalidNameException".
+struct DetailClassName {
+  template <class E>
+  static std::string GetName(int) {
+    return std::string(ExpectedOf<E>().name).substr(3);
+  }
+};
+TYPED_TEST_SUITE(ParDetailException, DetailClasses, DetailClassName);
 
 TYPED_TEST(ParDetailException, ComposesItsMessageAndReportsItsOwnNameAndGuid) {
   const Expected expected = ExpectedOf<TypeParam>();
