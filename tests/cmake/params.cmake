@@ -4,5 +4,6 @@ zt_add_gtest(zt_params_tests
   SOURCES
     zt.core.development/ZtParMapExceptionTest.cpp
     zt.core.development/ZtSafePtrRepoTest.cpp
+    zt.core.development/ZtParMapTest.cpp
   LIBS ZtCore)
 zt_link_components(zt_params_tests params)
