@@ -10,5 +10,6 @@
 
 #include "ZtImageFormat.h"
 #include "ZtImage.h"
+#include "ZtPixel.h"
 
 #endif

@@ -4,6 +4,7 @@
 #include "ZtCoreExExport.h"
 #include "ZtImageFormat.h"
 #include "ZtInterop.h"
+#include "ZtPixel.h"
 
 namespace Zt {
 
@@ -69,6 +70,20 @@ public:
   // extremes start at 1e9 and -1e9 and are never seeded from a sample; NaN
   // samples are ignored and stay NaN. False for any other format.
   bool Normalize();
+
+  // --- Pixel access --------------------------------------------------------
+  // One GetPixel and one SetPixel for each of the 80 TPixel types. Pixel
+  // (x, y) starts at byte (Width * y + x) * sizeof(pixel); the index wraps in
+  // signed 32 bits, the byte offset is pointer-wide. Only Width and the block
+  // pointer are read: nothing is checked, neither bounds, nor validity, nor
+  // the image's types, and a pixel of another size steps by its own size.
+  // Samples are moved bit for bit in memory order, never converted.
+#define ZT_IMAGE_DECLARE_PIXEL_ACCESS(Layout, T)            \
+  void GetPixel(TPixel##Layout<T>& pixel, int x, int y) const; \
+  void SetPixel(const TPixel##Layout<T>& pixel, int x, int y);
+  ZT_PIXEL_FOR_EACH_TYPE(ZT_IMAGE_DECLARE_PIXEL_ACCESS)
+#undef ZT_IMAGE_DECLARE_PIXEL_ACCESS
+  // --- End of pixel access -------------------------------------------------
 
   // --- Conversion --------------------------------------------------------
   // Converts this image into target, which is always created anew with this
