@@ -10,6 +10,7 @@
 
 #include "ZtImageFormat.h"
 #include "ZtImage.h"
+#include "ZtImageMoniker.h"
 #include "ZtPixel.h"
 
 #endif
