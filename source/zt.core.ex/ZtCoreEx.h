@@ -10,6 +10,12 @@
 
 #include "ZtImageFormat.h"
 #include "ZtImage.h"
+#include "ZtArrayDouble.h"
+#include "ZtArrayInt.h"
+#include "ZtArrayUChar.h"
+#include "ZtArrayUInt.h"
+#include "ZtArrayUShort.h"
+#include "ZtArrayString.h"
 #include "ZtImageMoniker.h"
 #include "ZtPixel.h"
 

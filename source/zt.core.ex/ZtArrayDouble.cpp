@@ -1,0 +1,17 @@
+#include "ZtArrayDouble.h"
+
+#include "ZtArrayWrapperImpl.h"
+
+namespace Zt {
+
+namespace Detail {
+template <>
+struct ZtArrayNames<double> {
+  static constexpr const char* File = "ZtArrayDouble";
+  static constexpr const char* Class = "CZtArrayDouble";
+};
+}  // namespace Detail
+
+template class CZtArrayWrapper<double>;
+
+}  // namespace Zt

@@ -1,0 +1,17 @@
+#include "ZtArrayUShort.h"
+
+#include "ZtArrayWrapperImpl.h"
+
+namespace Zt {
+
+namespace Detail {
+template <>
+struct ZtArrayNames<unsigned short> {
+  static constexpr const char* File = "ZtArrayUShort";
+  static constexpr const char* Class = "CZtArrayUShort";
+};
+}  // namespace Detail
+
+template class CZtArrayWrapper<unsigned short>;
+
+}  // namespace Zt
