@@ -10,6 +10,10 @@ zt_ex_component(arrays
     zt.core.ex/ZtArrayUShort.cpp
     zt.core.ex/ZtMemBase.cpp
     zt.core.ex/ZtArrayString.cpp
+    zt.core.math/ZtMatrix.cpp
+    zt.core.ex/ZtArray2DBase.cpp
+    zt.core.ex/ZtArray2DDouble.cpp
+    zt.core.ex/ZtArray2DInt.cpp
   PUBLIC_HEADERS
     zt.core.ex/ZtArrayWrapper.h
     zt.core.ex/ZtArrayDouble.h
@@ -17,4 +21,7 @@ zt_ex_component(arrays
     zt.core.ex/ZtArrayUChar.h
     zt.core.ex/ZtArrayUInt.h
     zt.core.ex/ZtArrayUShort.h
-    zt.core.ex/ZtArrayString.h)
+    zt.core.ex/ZtArrayString.h
+    zt.core.ex/ZtArray2DWrapper.h
+    zt.core.ex/ZtArray2DDouble.h
+    zt.core.ex/ZtArray2DInt.h)

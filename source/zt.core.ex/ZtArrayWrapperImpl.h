@@ -6,26 +6,13 @@
 // instantiates the wrapper for its element type.
 
 #include <memory>
-#include <string>
 
 #include "ZtArrayBase.h"
+#include "ZtArrayNames.h"
 #include "ZtArrayWrapper.h"
 #include "ZtRaise.h"
 
 namespace Zt {
-namespace Detail {
-
-// "Zt::" + className + "::" + member, the name of a member of an exported class.
-inline std::string ZtQualifiedName(const char* className, const char* member) {
-  return std::string("Zt::") + className + "::" + member;
-}
-
-// Source file (File) and class name (Class) of the exported array of
-// element type T, which its failures carry.
-template <class T>
-struct ZtArrayNames;
-
-}  // namespace Detail
 
 template <class T>
 CZtArrayBase<T>& CZtArrayWrapper<T>::Ref(const char* member) const {

@@ -16,6 +16,8 @@
 #include "ZtArrayUInt.h"
 #include "ZtArrayUShort.h"
 #include "ZtArrayString.h"
+#include "ZtArray2DDouble.h"
+#include "ZtArray2DInt.h"
 #include "ZtImageMoniker.h"
 #include "ZtPixel.h"
 

@@ -1,0 +1,18 @@
+#ifndef ZT_CORE_EX_ZTARRAY2DDOUBLE_H
+#define ZT_CORE_EX_ZTARRAY2DDOUBLE_H
+
+#include "ZtArray2DWrapper.h"
+
+namespace Zt {
+
+extern template class CZtArray2DWrapper<double>;
+
+// A two-dimensional array of double behind IMemory2D; see CZtArray2DWrapper.
+class ZT_CORE_EX_API CZtArray2DDouble : public CZtArray2DWrapper<double> {
+public:
+  using CZtArray2DWrapper::CZtArray2DWrapper;
+};
+
+}  // namespace Zt
+
+#endif
