@@ -1,0 +1,117 @@
+#include "ZtAllocFail.h"
+
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+
+// The real allocator behind the linker's --wrap=malloc and --wrap=realloc.
+extern "C" void* __real_malloc(std::size_t size);
+extern "C" void* __real_realloc(void* block, std::size_t size);
+
+namespace ZtTest {
+namespace {
+
+constexpr int kKinds = 3;
+
+// Plain data only: it is read by every allocation of the process, also
+// before and after main.
+struct State {
+  bool active;
+  bool armed;
+  bool fired;
+  AllocKind kind;
+  unsigned long long remaining;  // calls of `kind` until the failure
+  unsigned long long calls[kKinds];
+};
+State g_State{};
+
+// Counts the call; true if this one is to fail.
+bool ShouldFail(AllocKind kind) {
+  if (!g_State.active) {
+    return false;
+  }
+  ++g_State.calls[static_cast<int>(kind)];
+  if (!g_State.armed || g_State.kind != kind) {
+    return false;
+  }
+  if (--g_State.remaining != 0) {
+    return false;
+  }
+  g_State.armed = false;
+  g_State.fired = true;
+  return true;
+}
+
+void Start(bool armed, AllocKind kind, unsigned long long nth) {
+  if (g_State.active) {
+    std::fputs("ZtAllocFail: only one may be alive at a time\n", stderr);
+    std::abort();
+  }
+  g_State = State{};
+  g_State.active = true;
+  g_State.armed = armed && nth != 0;
+  g_State.kind = kind;
+  g_State.remaining = nth;
+}
+
+void* NewBlock(std::size_t size) {
+  if (ShouldFail(AllocKind::New)) {
+    return nullptr;
+  }
+  return __real_malloc(size == 0 ? 1 : size);
+}
+
+}  // namespace
+
+ZtAllocFail::ZtAllocFail() { Start(false, AllocKind::New, 0); }
+
+ZtAllocFail::ZtAllocFail(AllocKind kind, unsigned long long nth) { Start(true, kind, nth); }
+
+ZtAllocFail::~ZtAllocFail() { g_State = State{}; }
+
+bool ZtAllocFail::Fired() const { return g_State.fired; }
+
+unsigned long long ZtAllocFail::Calls(AllocKind kind) const {
+  return g_State.calls[static_cast<int>(kind)];
+}
+
+}  // namespace ZtTest
+
+using ZtTest::AllocKind;
+
+extern "C" void* __wrap_malloc(std::size_t size) {
+  if (ZtTest::ShouldFail(AllocKind::Malloc)) {
+    return nullptr;
+  }
+  return __real_malloc(size);
+}
+
+extern "C" void* __wrap_realloc(void* block, std::size_t size) {
+  if (ZtTest::ShouldFail(AllocKind::Realloc)) {
+    return nullptr;
+  }
+  return __real_realloc(block, size);
+}
+
+// The replaceable global allocation functions, on the real malloc and free.
+void* operator new(std::size_t size) {
+  void* block = ZtTest::NewBlock(size);
+  if (block == nullptr) {
+    throw std::bad_alloc();
+  }
+  return block;
+}
+void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return ZtTest::NewBlock(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return ZtTest::NewBlock(size);
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete[](void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
+void operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }
+void operator delete[](void* block, const std::nothrow_t&) noexcept { std::free(block); }
