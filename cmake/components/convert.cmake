@@ -1,0 +1,22 @@
+# Pixel conversion: the entry points of CZtImage and the selection in
+# ZtImageConvert.cpp, and the cells in ZtConvertCells.cpp, compiled once per
+# target data type (component convert_<type>) so the eight parts build in
+# parallel.
+zt_ex_component(convert
+  SOURCES
+    zt.core.ex/ZtImageConvert.cpp)
+
+foreach(_zt_type IN ITEMS Byte UByte Short UShort Int UInt Float Double)
+  zt_ex_component(convert_${_zt_type}
+    SOURCES
+      zt.core.ex/ZtConvertCells.cpp)
+  target_compile_definitions(zt_ex_convert_${_zt_type} PRIVATE ZT_CONVERT_TARGET_TYPE=${_zt_type})
+endforeach()
+
+# GCC would also vectorise the remainder of each vectorised loop with
+# narrower vectors; the remainder is at most one vector of pixels, and the
+# extra loop versions doubled the compile time and size of the cells.
+foreach(_zt_type IN ITEMS Byte UByte Short UShort Int UInt Float Double)
+  target_compile_options(zt_ex_convert_${_zt_type} PRIVATE
+    $<$<CXX_COMPILER_ID:GNU>:--param=vect-epilogues-nomask=0>)
+endforeach()

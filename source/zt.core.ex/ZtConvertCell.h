@@ -1,0 +1,479 @@
+#ifndef ZT_CORE_EX_ZTCONVERTCELL_H
+#define ZT_CORE_EX_ZTCONVERTCELL_H
+
+// The conversion cells and the second stage of their selection, written once
+// and instantiated for every combination of source layout, source data type,
+// target layout and target data type.
+//
+// A cell selects raw samples by the layouts (which samples travel, where they
+// land) and converts each by the sample rule. Each cell is compiled twice:
+// once for the baseline instruction set and once, in functions of their own
+// marked for AVX-512, for processors that have it. Both give the same bits:
+// the sample rule uses only operations that vector lanes round exactly as
+// scalar code does, and moving samples is exact.
+//
+// Included only by ZtConvertCells.cpp, which instantiates the cells of one
+// target data type per translation unit.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include "ZtConvertDispatch.h"
+#include "ZtSampleRule.h"
+
+#if !defined(__GNUC__) && !defined(__clang__)
+#error "the conversion cells need GCC or Clang"
+#endif
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#define ZT_CONVERT_X86 1
+#define ZT_CONVERT_AVX512 __attribute__((target("avx512f,avx512dq,avx512bw,avx512vl")))
+#else
+#define ZT_CONVERT_X86 0
+#define ZT_CONVERT_AVX512
+#endif
+
+#define ZT_CONVERT_INLINE inline __attribute__((always_inline))
+#define ZT_CONVERT_NOINLINE __attribute__((noinline))
+
+namespace Zt {
+namespace Convert {
+
+// Where the samples of a pixel sit. A layout with one colour sample keeps it
+// at the red, green and blue positions alike; Alpha is -1 without alpha.
+struct SLayout {
+  int Samples;
+  int Red;
+  int Green;
+  int Blue;
+  int Alpha;
+
+  constexpr bool HasAlpha() const { return Alpha >= 0; }
+  constexpr bool HasThreeColours() const { return Samples - (HasAlpha() ? 1 : 0) == 3; }
+};
+
+// The ten layouts. A Bayer image is read as luminance: its colour pattern
+// plays no part in any conversion.
+constexpr SLayout LayoutOf(EPixelType::ID type) {
+  switch (type) {
+    case EPixelType::RGB: return {3, 0, 1, 2, -1};
+    case EPixelType::RGBA: return {4, 0, 1, 2, 3};
+    case EPixelType::Lum:
+    case EPixelType::BayerRG:
+    case EPixelType::BayerBG:
+    case EPixelType::BayerGR:
+    case EPixelType::BayerGB: return {1, 0, 0, 0, -1};
+    case EPixelType::LumA: return {2, 0, 0, 0, 1};
+    case EPixelType::BGR: return {3, 2, 1, 0, -1};
+    case EPixelType::BGRA: return {4, 2, 1, 0, 3};
+  }
+  return {0, 0, 0, 0, -1};
+}
+
+constexpr int kFill = -1;
+
+// Which source sample feeds target sample k, or kFill for an alpha without a
+// source: the channel table, derived from the two layouts.
+constexpr int SourceOf(SLayout src, SLayout trg, int k) {
+  if (k == trg.Alpha) return src.HasAlpha() ? src.Alpha : kFill;
+  if (!trg.HasThreeColours()) return src.Red;
+  if (k == trg.Red) return src.Red;
+  if (k == trg.Green) return src.Green;
+  return src.Blue;
+}
+
+// Whether every source sample feeds some target sample.
+constexpr bool ReadsEverySample(int sourceSamples, int targetSamples, const int (&from)[4]) {
+  for (int s = 0; s < sourceSamples; ++s) {
+    bool read = false;
+    for (int k = 0; k < targetSamples; ++k) read = read || from[k] == s;
+    if (!read) return false;
+  }
+  return true;
+}
+
+template <EPixelType::ID SP, EPixelType::ID TP>
+struct TMapping {
+  static constexpr SLayout Src = LayoutOf(SP);
+  static constexpr SLayout Trg = LayoutOf(TP);
+  static constexpr int SourceSamples = Src.Samples;
+  static constexpr int TargetSamples = Trg.Samples;
+  // Source sample of each target sample, in target memory order.
+  static constexpr int From[4] = {SourceOf(Src, Trg, 0), SourceOf(Src, Trg, 1),
+                                  SourceOf(Src, Trg, 2), SourceOf(Src, Trg, 3)};
+  static constexpr bool ReadsAll = ReadsEverySample(SourceSamples, TargetSamples, From);
+};
+
+// --- Moving samples of one type ------------------------------------------
+// Target pixels from source pixels of the same sample type: selection and
+// the fill only, no arithmetic. The runs do not overlap.
+template <EPixelType::ID SP, EPixelType::ID TP, class T>
+ZT_CONVERT_INLINE void MoveSamples(T* __restrict t, const T* __restrict s, std::uint64_t n,
+                                   T fill) {
+  using M = TMapping<SP, TP>;
+  constexpr std::uint64_t SS = M::SourceSamples;
+  constexpr std::uint64_t TS = M::TargetSamples;
+  for (std::uint64_t i = 0; i < n; ++i) {
+    for (std::uint64_t k = 0; k < TS; ++k) {
+      t[i * TS + k] = M::From[k] == kFill ? fill : s[i * SS + std::uint64_t(M::From[k])];
+    }
+  }
+}
+
+#if ZT_CONVERT_X86
+// The same with AVX-512 permutes (the zero-masking forms, whose full mask
+// costs nothing and which, unlike the plain forms, start from no undefined
+// register that GCC 12 warns about): a masked load of a few pixels, one permute
+// that places every target sample, a blend of the fill, a masked store. The
+// masks keep every load inside the source run and every store inside the
+// target run. Samples of 2, 4 and 8 bytes are permuted as such; bytes, for
+// which AVX-512BW has no permute across the whole register, are first spread
+// so that each 16-byte lane holds four pixels, shuffled inside the lanes,
+// and packed together again.
+struct SIndex {
+  alignas(64) std::uint8_t bytes[64];
+};
+
+// Permute of n pixels of samples of 2, 4 or 8 bytes: target element j from
+// source element j / ts * ss + from[j % ts], little-endian.
+constexpr SIndex PermuteIndex(const int (&from)[4], int ss, int ts, int size, int n) {
+  SIndex index{};
+  for (int j = 0; j < n * ts && size > 1; ++j) {
+    const int source = from[j % ts];
+    const int element = source == kFill ? 0 : (j / ts) * ss + source;
+    index.bytes[j * size] = std::uint8_t(element);
+  }
+  return index;
+}
+// Bytes: dword j of the spread register (lane j / 4) comes from source dword
+// (j / 4) * ss + min(j % 4, ss - 1), so lane k holds pixels 4k to 4k + 3.
+constexpr SIndex SpreadIndex(int ss) {
+  SIndex index{};
+  for (int j = 0; j < 16; ++j) {
+    const int d = j % 4 < ss - 1 ? j % 4 : ss - 1;
+    index.bytes[j * 4] = std::uint8_t((j / 4) * ss + d);
+  }
+  return index;
+}
+// Bytes: inside each lane, target byte b from lane byte Shuffle[b]; 0x80
+// gives 0 (bytes beyond the lane's four pixels, and the fill).
+constexpr SIndex ShuffleIndex(const int (&from)[4], int ss, int ts) {
+  SIndex index{};
+  for (int lane = 0; lane < 4; ++lane) {
+    for (int b = 0; b < 16; ++b) {
+      const int source = b < 4 * ts ? from[b % ts] : kFill;
+      index.bytes[lane * 16 + b] = std::uint8_t(source == kFill ? 0x80 : (b / ts) * ss + source);
+    }
+  }
+  return index;
+}
+// Bytes: dword j of the result from dword Pack[j], the 4 * ts used dwords of
+// each lane placed one after another.
+constexpr SIndex PackIndex(int ts) {
+  SIndex index{};
+  for (int j = 0; j < 4 * ts; ++j) {
+    index.bytes[j * 4] = std::uint8_t((j / ts) * 4 + j % ts);
+  }
+  return index;
+}
+// The elements that receive the fill (for bytes, in the spread layout).
+constexpr std::uint64_t FillMask(const int (&from)[4], int ts, int size, int n) {
+  std::uint64_t mask = 0;
+  const int count = size == 1 ? 64 : n * ts;
+  for (int j = 0; j < count; ++j) {
+    const int inLane = size == 1 ? j % 16 : j;
+    const bool used = size == 1 ? inLane < 4 * ts : true;
+    if (used && from[inLane % ts] == kFill) mask |= std::uint64_t(1) << j;
+  }
+  return mask;
+}
+
+template <EPixelType::ID SP, EPixelType::ID TP, class T>
+struct TMove512 {
+  using M = TMapping<SP, TP>;
+  static constexpr int SS = M::SourceSamples;
+  static constexpr int TS = M::TargetSamples;
+  static constexpr int Size = int(sizeof(T));
+  static constexpr int Widest = SS > TS ? SS : TS;
+  // Pixels per step.
+  static constexpr int N = Size == 1 ? 16 : (64 / Size) / Widest;
+
+  static constexpr SIndex kPermute = PermuteIndex(M::From, SS, TS, Size, N);
+  static constexpr SIndex kSpread = SpreadIndex(SS);
+  static constexpr SIndex kShuffle = ShuffleIndex(M::From, SS, TS);
+  static constexpr SIndex kPack = PackIndex(TS);
+  static constexpr std::uint64_t kFillMask = FillMask(M::From, TS, Size, N);
+
+  // A mask of the first `elements` elements.
+  static ZT_CONVERT_INLINE std::uint64_t First(std::uint64_t elements) {
+    return elements >= 64 ? ~std::uint64_t(0) : (std::uint64_t(1) << elements) - 1;
+  }
+
+  // Moves `pixels` (at most N) pixels.
+  static ZT_CONVERT_AVX512 ZT_CONVERT_INLINE void Step(T* t, const T* s, std::uint64_t pixels,
+                                                       __m512i fillVector) {
+    const std::uint64_t load = First(pixels * SS);
+    const std::uint64_t store = First(pixels * TS);
+    const __m512i permute = _mm512_load_si512(kPermute.bytes);
+    if constexpr (Size == 1) {
+      __m512i v = _mm512_maskz_loadu_epi8(load, s);
+      v = _mm512_maskz_permutexvar_epi32(0xFFFF, _mm512_load_si512(kSpread.bytes), v);
+      v = _mm512_shuffle_epi8(v, _mm512_load_si512(kShuffle.bytes));
+      v = _mm512_mask_mov_epi8(v, kFillMask, fillVector);
+      v = _mm512_maskz_permutexvar_epi32(0xFFFF, _mm512_load_si512(kPack.bytes), v);
+      _mm512_mask_storeu_epi8(t, store, v);
+    } else if constexpr (Size == 2) {
+      __m512i v = _mm512_maskz_loadu_epi16(__mmask32(load), s);
+      v = _mm512_permutexvar_epi16(permute, v);
+      v = _mm512_mask_mov_epi16(v, __mmask32(kFillMask), fillVector);
+      _mm512_mask_storeu_epi16(t, __mmask32(store), v);
+    } else if constexpr (Size == 4) {
+      __m512i v = _mm512_maskz_loadu_epi32(__mmask16(load), s);
+      v = _mm512_maskz_permutexvar_epi32(0xFFFF, permute, v);
+      v = _mm512_mask_mov_epi32(v, __mmask16(kFillMask), fillVector);
+      _mm512_mask_storeu_epi32(t, __mmask16(store), v);
+    } else {
+      __m512i v = _mm512_maskz_loadu_epi64(__mmask8(load), s);
+      v = _mm512_maskz_permutexvar_epi64(0xFF, permute, v);
+      v = _mm512_mask_mov_epi64(v, __mmask8(kFillMask), fillVector);
+      _mm512_mask_storeu_epi64(t, __mmask8(store), v);
+    }
+  }
+
+  static ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE void Run(T* t, const T* s, std::uint64_t n,
+                                                        T fill) {
+    __m512i fillVector;
+    if constexpr (Size == 1) {
+      fillVector = _mm512_set1_epi8(char(fill));
+    } else if constexpr (Size == 2) {
+      std::uint16_t bits;
+      std::memcpy(&bits, &fill, 2);
+      fillVector = _mm512_set1_epi16(short(bits));
+    } else if constexpr (Size == 4) {
+      std::uint32_t bits;
+      std::memcpy(&bits, &fill, 4);
+      fillVector = _mm512_set1_epi32(int(bits));
+    } else {
+      std::uint64_t bits;
+      std::memcpy(&bits, &fill, 8);
+      fillVector = _mm512_set1_epi64(static_cast<long long>(bits));
+    }
+    std::uint64_t i = 0;
+    for (; i + N <= n; i += N) {
+      Step(t + i * TS, s + i * SS, N, fillVector);
+    }
+    if (i < n) {
+      Step(t + i * TS, s + i * SS, n - i, fillVector);
+    }
+  }
+};
+#endif
+
+// --- Converting samples in place ------------------------------------------
+// A run of samples of one type to the same number of another, sample by
+// sample. Contiguous on both sides, so the compiler vectorises it on any
+// instruction set. One instance per pair of types and path, shared by the
+// cells.
+template <EDataType::ID SD, EDataType::ID TD>
+ZT_CONVERT_NOINLINE void ConvertRun(Sample::TSample<TD>* __restrict t,
+                                    const Sample::TSample<SD>* __restrict s, std::uint64_t n) {
+  for (std::uint64_t i = 0; i < n; ++i) {
+    t[i] = Sample::ConvertSample<SD, TD>(s[i]);
+  }
+}
+template <EDataType::ID SD, EDataType::ID TD>
+ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE void ConvertRun512(Sample::TSample<TD>* __restrict t,
+                                                         const Sample::TSample<SD>* __restrict s,
+                                                         std::uint64_t n) {
+  for (std::uint64_t i = 0; i < n; ++i) {
+    t[i] = Sample::ConvertSample<SD, TD>(s[i]);
+  }
+}
+
+// Pixels per block of a cell: the intermediate run of a conversion that
+// both moves and converts samples stays in the first-level cache.
+constexpr std::uint64_t kBlockPixels = 512;
+
+// Whether two byte ranges share no byte. Compared as addresses: the ranges
+// may lie in unrelated blocks.
+inline bool Disjoint(const void* a, std::uint64_t aBytes, const void* b, std::uint64_t bBytes) {
+  const std::uintptr_t a0 = reinterpret_cast<std::uintptr_t>(a);
+  const std::uintptr_t b0 = reinterpret_cast<std::uintptr_t>(b);
+  return a0 + aBytes <= b0 || b0 + bBytes <= a0;
+}
+
+template <EPixelType::ID SP, EDataType::ID SD, EPixelType::ID TP, EDataType::ID TD, EPath Path>
+struct TCell {
+  using S = Sample::TSample<SD>;
+  using T = Sample::TSample<TD>;
+  using M = TMapping<SP, TP>;
+  static constexpr SLayout Src = M::Src;
+  static constexpr SLayout Trg = M::Trg;
+  static constexpr std::uint64_t SrcStep = std::uint64_t(Src.Samples);
+  static constexpr std::uint64_t TrgStep = std::uint64_t(Trg.Samples);
+
+  static ZT_CONVERT_INLINE T Convert(S sample) { return Sample::ConvertSample<SD, TD>(sample); }
+
+  // --- Runs that do not overlap ---
+  // Order of stores cannot be seen, so each part of the work runs as its own
+  // tight loop: moving samples, converting samples, or both through a block
+  // held in the cache. Moving goes first where it drops samples, so that
+  // nothing is converted in vain; converting goes first where the target has
+  // more samples, so that a repeated luminance is converted once.
+
+  template <class U>
+  static ZT_CONVERT_INLINE void Move(U* t, const U* s, std::uint64_t n, U fill) {
+#if ZT_CONVERT_X86
+    if constexpr (Path == EPath::Avx512) {
+      TMove512<SP, TP, U>::Run(t, s, n, fill);
+      return;
+    }
+#endif
+    MoveSamples<SP, TP, U>(t, s, n, fill);
+  }
+
+  template <class A, class B>
+  static ZT_CONVERT_INLINE void ConvertSamples(B* t, const A* s, std::uint64_t n) {
+    if constexpr (Path == EPath::Avx512) {
+      ConvertRun512<SD, TD>(t, s, n);
+    } else {
+      ConvertRun<SD, TD>(t, s, n);
+    }
+  }
+
+  static ZT_CONVERT_INLINE void RunDisjoint(T* t, const S* s, std::uint64_t n) {
+    if constexpr (SP == TP) {
+      ConvertSamples(t, s, n * SrcStep);
+    } else if constexpr (SD == TD) {
+      Move<T>(t, s, n, Sample::AlphaFill<TD>());
+    } else if constexpr (SrcStep <= TrgStep && M::ReadsAll) {
+      alignas(64) T block[kBlockPixels * 4];
+      for (std::uint64_t begin = 0; begin < n; begin += kBlockPixels) {
+        const std::uint64_t m = std::min(kBlockPixels, n - begin);
+        ConvertSamples(block, s + begin * SrcStep, m * SrcStep);
+        Move<T>(t + begin * TrgStep, block, m, Sample::AlphaFill<TD>());
+      }
+    } else {
+      // The fill goes through the conversion with the other samples: the top
+      // of any source type converts to the top of any target type.
+      alignas(64) S block[kBlockPixels * 4];
+      for (std::uint64_t begin = 0; begin < n; begin += kBlockPixels) {
+        const std::uint64_t m = std::min(kBlockPixels, n - begin);
+        Move<S>(block, s + begin * SrcStep, m, Sample::AlphaFill<SD>());
+        ConvertSamples(t + begin * TrgStep, block, m * TrgStep);
+      }
+    }
+  }
+
+  // --- Runs that overlap ---
+  // The order that overlapping runs can see: per block, the colour loop with
+  // red, green and blue each read and stored before the next is read, then
+  // the alpha loop. Converted onto itself, a red-blue swap thus stores red
+  // over blue before reading blue. A source sample that feeds several
+  // channels (luminance) is read once. Only overlapping runs come here, so
+  // the loops are kept scalar: the empty asm statement stops the vectoriser,
+  // whose code could never run.
+  static ZT_CONVERT_INLINE void Colour(T* t, const S* s) {
+    const T red = Convert(s[Src.Red]);
+    t[Trg.Red] = red;
+    if constexpr (Trg.HasThreeColours()) {
+      T green = red;
+      if constexpr (Src.Green != Src.Red) {
+        green = Convert(s[Src.Green]);
+      }
+      t[Trg.Green] = green;
+      T blue = red;
+      if constexpr (Src.Blue == Src.Green) {
+        blue = green;
+      } else if constexpr (Src.Blue != Src.Red) {
+        blue = Convert(s[Src.Blue]);
+      }
+      t[Trg.Blue] = blue;
+    }
+  }
+
+  static ZT_CONVERT_INLINE T Alpha(const S* s) {
+    if constexpr (Src.HasAlpha()) {
+      return Convert(s[Src.Alpha]);
+    } else {
+      return Sample::AlphaFill<TD>();
+    }
+  }
+
+  static ZT_CONVERT_INLINE void RunOrdered(T* t, const S* s, std::uint64_t n) {
+    for (std::uint64_t begin = 0; begin < n; begin += kBlockPixels) {
+      const std::uint64_t end = std::min(n, begin + kBlockPixels);
+      for (std::uint64_t i = begin; i < end; ++i) {
+        Colour(t + i * TrgStep, s + i * SrcStep);
+        __asm__ volatile("");
+      }
+      if constexpr (Trg.HasAlpha()) {
+        for (std::uint64_t i = begin; i < end; ++i) {
+          t[i * TrgStep + std::uint64_t(Trg.Alpha)] = Alpha(s + i * SrcStep);
+          __asm__ volatile("");
+        }
+      }
+    }
+  }
+
+  static ZT_CONVERT_INLINE void Run(std::uint32_t count, void* target, const void* source) {
+    const S* s = static_cast<const S*>(source);
+    T* t = static_cast<T*>(target);
+    const std::uint64_t n = count;
+    const std::uint64_t targetBytes = n * TrgStep * sizeof(T);
+    if constexpr (SD == TD && SP == TP) {
+      // Every sample stays in place: a copy of the whole run, bit for bit.
+      std::memmove(t, s, targetBytes);
+    } else if (Convert::Disjoint(t, targetBytes, s, n * SrcStep * sizeof(S))) {
+      RunDisjoint(t, s, n);
+    } else {
+      RunOrdered(t, s, n);
+    }
+  }
+};
+
+template <EPixelType::ID SP, EDataType::ID SD, EPixelType::ID TP, EDataType::ID TD>
+bool BaselineCell(std::uint32_t count, void* target, const void* source) {
+  TCell<SP, SD, TP, TD, EPath::Baseline>::Run(count, target, source);
+  return true;
+}
+
+template <EPixelType::ID SP, EDataType::ID SD, EPixelType::ID TP, EDataType::ID TD>
+ZT_CONVERT_AVX512 bool Avx512Cell(std::uint32_t count, void* target, const void* source) {
+  TCell<SP, SD, TP, TD, EPath::Avx512>::Run(count, target, source);
+  return true;
+}
+
+// Stage two for one target: selects the cell by the source's types. The
+// pixel count is the source's Height times Width in 32-bit arithmetic; the
+// target's size plays no part.
+template <EPixelType::ID TP, EDataType::ID TD>
+bool ConvertSrcSwitch(const void* source, const CZtImageFormat& sourceFormat, void* target,
+                      EPath path) {
+  const std::uint32_t count = static_cast<std::uint32_t>(sourceFormat.Height) *
+                              static_cast<std::uint32_t>(sourceFormat.Width);
+  return WithSourcePixelType(sourceFormat.PixelType, [&](auto sp) {
+    return WithDataType(sourceFormat.DataType, [&](auto sd) {
+      constexpr EPixelType::ID SP = decltype(sp)::value;
+      constexpr EDataType::ID SD = decltype(sd)::value;
+      return path == EPath::Avx512 ? Avx512Cell<SP, SD, TP, TD>(count, target, source)
+                                   : BaselineCell<SP, SD, TP, TD>(count, target, source);
+    });
+  });
+}
+
+// Stage one, from the target pixel type on, for one target data type.
+template <EDataType::ID TD>
+bool ConvertTo(void* target, const void* source, EPixelType::ID targetPixelType,
+               const CZtImageFormat& sourceFormat, EPath path) {
+  return WithTargetPixelType(targetPixelType, [&](auto tp) {
+    return ConvertSrcSwitch<decltype(tp)::value, TD>(source, sourceFormat, target, path);
+  });
+}
+
+}  // namespace Convert
+}  // namespace Zt
+
+#endif

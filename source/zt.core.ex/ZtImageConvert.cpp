@@ -1,0 +1,173 @@
+// The conversion entry points of CZtImage and the first stage of selection.
+// The cells and the second stage are in ZtConvertCell.h.
+
+#include <cstdint>
+#include <cstring>
+
+#include "ZtConvertDispatch.h"
+#include "ZtImage.h"
+
+#if defined(__x86_64__) && __has_include(<sys/platform/x86.h>)
+// The header is written for C; C++ spells its _Bool as bool.
+#define _Bool bool
+#include <sys/platform/x86.h>
+#undef _Bool
+#define ZT_CONVERT_FEATURES_FROM_LIBC 1
+#elif defined(__x86_64__)
+#include <cpuid.h>
+#define ZT_CONVERT_FEATURES_FROM_LIBC 0
+#endif
+
+namespace Zt {
+namespace Convert {
+
+#if defined(__x86_64__) && ZT_CONVERT_FEATURES_FROM_LIBC
+
+// The C library has read the processor's features when the program started
+// and keeps them with the operating system's support already checked; asking
+// it costs a few nanoseconds, while a cpuid instruction can take microseconds
+// inside a virtual machine.
+bool Avx512Usable() {
+  return CPU_FEATURE_ACTIVE(AVX512F) && CPU_FEATURE_ACTIVE(AVX512DQ) &&
+         CPU_FEATURE_ACTIVE(AVX512BW) && CPU_FEATURE_ACTIVE(AVX512VL);
+}
+constexpr std::uint32_t kWidePathMinimum = 64;
+
+#elif defined(__x86_64__)
+
+// Asks the processor itself: the four AVX-512 subsets, and that the operating
+// system saves the vector and mask registers (XCR0 bits 1, 2, 5, 6 and 7).
+bool Avx512Usable() {
+  unsigned int eax = 0;
+  unsigned int ebx = 0;
+  unsigned int ecx = 0;
+  unsigned int edx = 0;
+  if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0 || (ecx & bit_OSXSAVE) == 0) {
+    return false;
+  }
+  unsigned int xcr0 = 0;
+  unsigned int xcr0High = 0;
+  __asm__("xgetbv" : "=a"(xcr0), "=d"(xcr0High) : "c"(0));
+  if ((xcr0 & 0xE6u) != 0xE6u) {
+    return false;
+  }
+  if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) == 0) {
+    return false;
+  }
+  const unsigned int needed = bit_AVX512F | bit_AVX512DQ | bit_AVX512BW | bit_AVX512VL;
+  return (ebx & needed) == needed;
+}
+// The processor is only asked when the conversion is large enough to repay
+// the question.
+constexpr std::uint32_t kWidePathMinimum = 65536;
+
+#else
+
+bool Avx512Usable() { return false; }
+constexpr std::uint32_t kWidePathMinimum = 0;
+
+#endif
+
+EPath ChoosePath(std::uint32_t count) {
+  return count >= kWidePathMinimum && Avx512Usable() ? EPath::Avx512 : EPath::Baseline;
+}
+
+bool ConvertOnPath(EPath path, void* target, const void* source,
+                   const CZtImageFormat& targetFormat, const CZtImageFormat& sourceFormat) {
+  return WithDataType(targetFormat.DataType, [&](auto td) {
+    return ConvertTo<decltype(td)::value>(target, source, targetFormat.PixelType, sourceFormat,
+                                          path);
+  });
+}
+
+}  // namespace Convert
+
+namespace {
+
+// The short cut for equal types: one copy of the source's byte count, in
+// 32-bit arithmetic like every image size. An unknown type has a byte count
+// of 0, so nothing is copied and the answer is still true.
+bool CopyWhenSameType(void* target, const void* source, const CZtImageFormat& sourceFormat,
+                      EPixelType::ID pixelType, EDataType::ID dataType) {
+  if (pixelType != sourceFormat.PixelType || dataType != sourceFormat.DataType) {
+    return false;
+  }
+  const unsigned int bytes = sourceFormat.GetByteCount();
+  if (bytes != 0) {
+    std::memcpy(target, source, bytes);
+  }
+  return true;
+}
+
+}  // namespace
+
+bool CZtImage::ConvertType(CZtImage& target, EPixelType::ID pixelType,
+                           EDataType::ID dataType) const {
+  if (!IsValid()) {
+    return false;
+  }
+  int width = 0;
+  int height = 0;
+  EPixelType::ID sourcePixelType{};
+  EDataType::ID sourceDataType{};
+  GetSize(width, height);
+  GetType(sourcePixelType, sourceDataType);
+  // Always created anew, even when target already has this format.
+  if (!target.Create(width, height, pixelType, dataType)) {
+    return false;
+  }
+  const CZtImageFormat sourceFormat(width, height, sourcePixelType, sourceDataType);
+  const CZtImageFormat targetFormat(width, height, pixelType, dataType);
+  // Taken after Create: when target is this image, both name the new block.
+  const void* source = GetDataPtr();
+  void* destination = target.GetDataPtr();
+  if (CopyWhenSameType(destination, source, sourceFormat, pixelType, dataType)) {
+    return true;
+  }
+  return _ConvertTrgSwitch(destination, source, targetFormat, sourceFormat);
+}
+
+bool CZtImage::ConvertType(IImage* target, const IImage* source, EPixelType::ID pixelType,
+                           EDataType::ID dataType, bool create) {
+  if (!source->IsValid()) {
+    return false;
+  }
+  int width = 0;
+  int height = 0;
+  EPixelType::ID sourcePixelType{};
+  EDataType::ID sourceDataType{};
+  source->GetSize(width, height);
+  source->GetType(sourcePixelType, sourceDataType);
+  // Without create, nothing is asked of target but its memory.
+  if (create && !target->Create(width, height, pixelType, dataType)) {
+    return false;
+  }
+  const CZtImageFormat sourceFormat(width, height, sourcePixelType, sourceDataType);
+  const CZtImageFormat targetFormat(width, height, pixelType, dataType);
+  const void* sourceData = source->GetDataPtr();
+  void* destination = target->GetDataPtr();
+  if (CopyWhenSameType(destination, sourceData, sourceFormat, pixelType, dataType)) {
+    return true;
+  }
+  return _ConvertTrgSwitch(destination, sourceData, targetFormat, sourceFormat);
+}
+
+bool CZtImage::ConvertMemory(void* target, const void* source, const CZtImageFormat& targetFormat,
+                             const CZtImageFormat& sourceFormat) {
+  if (targetFormat == sourceFormat) {
+    return CopyWhenSameType(target, source, sourceFormat, targetFormat.PixelType,
+                            targetFormat.DataType);
+  }
+  return _ConvertTrgSwitch(target, source, targetFormat, sourceFormat);
+}
+
+bool CZtImage::_ConvertTrgSwitch(void* target, const void* source,
+                                 const CZtImageFormat& targetFormat,
+                                 const CZtImageFormat& sourceFormat) {
+  const std::uint32_t count = static_cast<std::uint32_t>(sourceFormat.Height) *
+                              static_cast<std::uint32_t>(sourceFormat.Width);
+  return Convert::ConvertOnPath(Convert::ChoosePath(count), target, source, targetFormat,
+                                sourceFormat);
+}
+
+}  // namespace Zt

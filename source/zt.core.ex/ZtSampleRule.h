@@ -1,0 +1,188 @@
+#ifndef ZT_CORE_EX_ZTSAMPLERULE_H
+#define ZT_CORE_EX_ZTSAMPLERULE_H
+
+// How one sample of one data type becomes one sample of another.
+//
+// An integer sample is a fixed-point number: the signed types cover -1..1
+// with asymmetric scales (P steps above zero, N = P + 1 below), the unsigned
+// types 0..1. Float and Double hold the normalised value as it stands. Every
+// conversion passes through a normalised IEEE double:
+//
+//   ConvertSample<S, T>(v) = v                              when S == T
+//                          = EncodeSample<T>(DecodeSample<S>(v)) otherwise
+//
+// The code is written for the vectoriser: every choice is a select between
+// values computed on both sides, never a branch, and no operation can have
+// an undefined result, so the compiler may evaluate both sides of a select
+// in vector lanes. The positive side of the decode is a true IEEE division:
+// a product with the reciprocal of P rounds differently and the truncation
+// makes that visible (UByte 33 to UShort is 8481, not 8480).
+//
+// Internal: not exported and never included by a public header.
+
+#include <cstdint>
+#include <limits>
+
+#include "ZtInterop.h"
+
+namespace Zt {
+namespace Sample {
+
+enum class EKind { Signed, Unsigned, Floating };
+
+// The facts of one data type: its C++ sample type, its kind and its scales.
+// Positive scale P, negative scale N (signed only) and the exact negative
+// decode factor F = 1 / N. The NaN result is what a truncation of NaN leaves
+// in the sample: the integer with only its top bit set, cut to the sample's
+// width, so 0 for everything but Int.
+template <EDataType::ID D>
+struct TDataType;
+
+template <>
+struct TDataType<EDataType::Byte> {
+  using Type = std::int8_t;
+  static constexpr EKind Kind = EKind::Signed;
+  static constexpr double P = 127.0;
+  static constexpr double N = 128.0;
+  static constexpr double F = 0x1p-7;
+  static constexpr double NaNResult = 0.0;
+};
+template <>
+struct TDataType<EDataType::Short> {
+  using Type = std::int16_t;
+  static constexpr EKind Kind = EKind::Signed;
+  static constexpr double P = 32767.0;
+  static constexpr double N = 32768.0;
+  static constexpr double F = 0x1p-15;
+  static constexpr double NaNResult = 0.0;
+};
+template <>
+struct TDataType<EDataType::Int> {
+  using Type = std::int32_t;
+  static constexpr EKind Kind = EKind::Signed;
+  static constexpr double P = 2147483647.0;
+  static constexpr double N = 2147483648.0;
+  static constexpr double F = 0x1p-31;
+  static constexpr double NaNResult = -2147483648.0;
+};
+template <>
+struct TDataType<EDataType::UByte> {
+  using Type = std::uint8_t;
+  static constexpr EKind Kind = EKind::Unsigned;
+  static constexpr double P = 255.0;
+};
+template <>
+struct TDataType<EDataType::UShort> {
+  using Type = std::uint16_t;
+  static constexpr EKind Kind = EKind::Unsigned;
+  static constexpr double P = 65535.0;
+};
+template <>
+struct TDataType<EDataType::UInt> {
+  using Type = std::uint32_t;
+  static constexpr EKind Kind = EKind::Unsigned;
+  static constexpr double P = 4294967295.0;
+};
+template <>
+struct TDataType<EDataType::Float> {
+  using Type = float;
+  static constexpr EKind Kind = EKind::Floating;
+};
+template <>
+struct TDataType<EDataType::Double> {
+  using Type = double;
+  static constexpr EKind Kind = EKind::Floating;
+};
+
+template <EDataType::ID D>
+using TSample = typename TDataType<D>::Type;
+
+// The eight data types, in the order of their numbers.
+inline constexpr EDataType::ID kDataTypes[] = {
+    EDataType::Byte, EDataType::UByte, EDataType::Short, EDataType::UShort,
+    EDataType::Int,  EDataType::UInt,  EDataType::Float, EDataType::Double};
+
+// Raw sample to normalised value.
+template <EDataType::ID D>
+inline double DecodeSample(TSample<D> sample) {
+  using T = TDataType<D>;
+  if constexpr (T::Kind == EKind::Floating) {
+    return static_cast<double>(sample);
+  } else if constexpr (T::Kind == EKind::Unsigned) {
+    return static_cast<double>(sample) / T::P;
+  } else {
+    // Both sides are computed and one is selected. The negative side is a
+    // product with a power of two and exact, so the bottom sample gives
+    // exactly -1.0; zero takes it and gives +0.0.
+    const double value = static_cast<double>(sample);
+    const double positive = value / T::P;
+    const double negative = value * T::F;
+    return sample > 0 ? positive : negative;
+  }
+}
+
+// Normalised value to raw sample. Integer targets scale, saturate on the
+// scaled value (the high test first) and truncate toward zero; Float narrows
+// with IEEE rounding and does not clamp.
+template <EDataType::ID D>
+inline TSample<D> EncodeSample(double value) {
+  using T = TDataType<D>;
+  if constexpr (T::Kind == EKind::Floating) {
+    return static_cast<TSample<D>>(value);
+  } else {
+    double scaled = value * T::P;
+    double low = 0.0;
+    double nanResult = 0.0;
+    if constexpr (T::Kind == EKind::Signed) {
+      const double negative = value * T::N;
+      scaled = value > 0.0 ? scaled : negative;
+      low = -T::N;
+      nanResult = T::NaNResult;
+    }
+    // A NaN fails both saturation tests; it gets the truncation's value for
+    // NaN here, so the cast below only ever sees a number in range.
+    const double inRange = scaled == scaled ? scaled : nanResult;
+    const double clamped = scaled > T::P ? T::P : (low > scaled ? low : inRange);
+    if constexpr (D == EDataType::UInt) {
+      return static_cast<std::uint32_t>(clamped);
+    } else {
+      return static_cast<TSample<D>>(static_cast<std::int32_t>(clamped));
+    }
+  }
+}
+
+// Raw sample to raw sample. Equal types copy the bits, so a NaN keeps its
+// payload and -0.0 stays -0.0.
+template <EDataType::ID S, EDataType::ID T>
+inline TSample<T> ConvertSample(TSample<S> sample) {
+  if constexpr (S == T) {
+    return sample;
+  } else {
+    return EncodeSample<T>(DecodeSample<S>(sample));
+  }
+}
+
+// What an alpha channel without a source receives: the top of the target's
+// range, written directly in the target type (EncodeSample of 1.0 gives the
+// same).
+template <EDataType::ID D>
+constexpr TSample<D> AlphaFill() {
+  if constexpr (TDataType<D>::Kind == EKind::Floating) {
+    return TSample<D>(1);
+  } else {
+    return std::numeric_limits<TSample<D>>::max();
+  }
+}
+
+// The Short and Int encodings as routines that store into their place.
+inline void StoreSaturatedShort(std::int16_t* place, double value) {
+  *place = EncodeSample<EDataType::Short>(value);
+}
+inline void StoreSaturatedInt(std::int32_t* place, double value) {
+  *place = EncodeSample<EDataType::Int>(value);
+}
+
+}  // namespace Sample
+}  // namespace Zt
+
+#endif

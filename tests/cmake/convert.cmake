@@ -1,0 +1,13 @@
+# The conversion engine: sample rule, channel mapping, entry points. Linked
+# from the component objects, so that the internal selection can be run on
+# each instruction-set path.
+find_package(Threads REQUIRED)
+zt_add_gtest(zt_convert_tests
+  SOURCES
+    zt.core.ex/ZtConvertSampleTest.cpp
+    zt.core.ex/ZtConvertLayoutTest.cpp
+    zt.core.ex/ZtConvertEntryTest.cpp
+  LIBS ZtCore Threads::Threads)
+zt_link_components(zt_convert_tests image convert
+  convert_Byte convert_UByte convert_Short convert_UShort
+  convert_Int convert_UInt convert_Float convert_Double)
