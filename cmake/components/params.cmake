@@ -5,3 +5,10 @@ zt_ex_component(params
     zt.core.development/ZtParException.cpp
     zt.core.development/ZtSafePtrRepo.cpp
     zt.core.development/ZtParMap.cpp)
+
+# The exported face of the parameters: the metadata store.
+zt_ex_component(metadata
+  SOURCES
+    zt.core.ex/ZtMetaData.cpp
+  PUBLIC_HEADERS
+    zt.core.ex/ZtMetaData.h)

@@ -20,5 +20,6 @@
 #include "ZtArray2DInt.h"
 #include "ZtImageMoniker.h"
 #include "ZtPixel.h"
+#include "ZtMetaData.h"
 
 #endif

@@ -7,3 +7,9 @@ zt_add_gtest(zt_params_tests
     zt.core.development/ZtParMapTest.cpp
   LIBS ZtCore)
 zt_link_components(zt_params_tests params)
+
+# The metadata store, through the shared library as a user sees it.
+zt_add_gtest(zt_metadata_tests
+  SOURCES
+    zt.core.ex/ZtMetaDataTest.cpp
+  LIBS Zt::CoreEx)
