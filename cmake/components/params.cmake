@@ -6,9 +6,12 @@ zt_ex_component(params
     zt.core.development/ZtSafePtrRepo.cpp
     zt.core.development/ZtParMap.cpp)
 
-# The exported face of the parameters: the metadata store.
+# The exported face of the parameters: the metadata store, and the records of
+# a metric calibration.
 zt_ex_component(metadata
   SOURCES
     zt.core.ex/ZtMetaData.cpp
+    zt.core.ex/ZtMetricCalibResult.cpp
   PUBLIC_HEADERS
-    zt.core.ex/ZtMetaData.h)
+    zt.core.ex/ZtMetaData.h
+    zt.core.ex/ZtMetricCalibResult.h)

@@ -21,5 +21,6 @@
 #include "ZtImageMoniker.h"
 #include "ZtPixel.h"
 #include "ZtMetaData.h"
+#include "ZtMetricCalibResult.h"
 
 #endif

@@ -8,8 +8,10 @@ zt_add_gtest(zt_params_tests
   LIBS ZtCore)
 zt_link_components(zt_params_tests params)
 
-# The metadata store, through the shared library as a user sees it.
+# The metadata store and the calibration records, through the shared library
+# as a user sees them.
 zt_add_gtest(zt_metadata_tests
   SOURCES
     zt.core.ex/ZtMetaDataTest.cpp
+    zt.core.ex/ZtMetricCalibResultTest.cpp
   LIBS Zt::CoreEx)
