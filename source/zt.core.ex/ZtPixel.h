@@ -29,7 +29,6 @@ struct TPixel {
 //
 // Sample types: the C++ type and its EDataType::ID enumerator. char stands
 // for the signed Byte samples whatever the platform's char signedness.
-// clang-format off
 #define ZT_PIXEL_SAMPLE_TYPES(X, M, ...)      \
   X(M, char, Byte, __VA_ARGS__)               \
   X(M, unsigned char, UByte, __VA_ARGS__)     \
@@ -39,7 +38,6 @@ struct TPixel {
   X(M, unsigned int, UInt, __VA_ARGS__)       \
   X(M, float, Float, __VA_ARGS__)             \
   X(M, double, Double, __VA_ARGS__)
-// clang-format on
 
 // Layouts: the EPixelType::ID enumerator, colour samples, alpha samples, and
 // the positions of red, green, blue and alpha.
