@@ -292,6 +292,37 @@ ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE void ConvertRun512(Sample::TSample<TD>* __
   }
 }
 
+#if ZT_CONVERT_X86
+// Targets of this many bytes and more are written with streaming stores.
+constexpr std::uint64_t kStreamBytes = std::uint64_t(4) << 20;
+
+// Copies `bytes` from a block in the cache to t with streaming stores, which
+// write whole lines without reading them first; the unaligned edges of t
+// take ordinary masked stores.
+ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE inline void Stream512(void* target, const void* source,
+                                                         std::uint64_t bytes) {
+  auto* t = static_cast<unsigned char*>(target);
+  const auto* s = static_cast<const unsigned char*>(source);
+  const std::uint64_t misalignment = reinterpret_cast<std::uintptr_t>(t) & 63u;
+  std::uint64_t head = misalignment == 0 ? 0 : std::min<std::uint64_t>(64 - misalignment, bytes);
+  if (head != 0) {
+    const __mmask64 mask = (std::uint64_t(1) << head) - 1;
+    _mm512_mask_storeu_epi8(t, mask, _mm512_maskz_loadu_epi8(mask, s));
+  }
+  std::uint64_t i = head;
+  for (; i + 64 <= bytes; i += 64) {
+    _mm512_stream_si512(reinterpret_cast<__m512i*>(t + i), _mm512_loadu_si512(s + i));
+  }
+  if (i < bytes) {
+    const __mmask64 mask = (std::uint64_t(1) << (bytes - i)) - 1;
+    _mm512_mask_storeu_epi8(t + i, mask, _mm512_maskz_loadu_epi8(mask, s + i));
+  }
+}
+
+// Orders the streaming stores before everything stored after the conversion.
+ZT_CONVERT_AVX512 inline void StreamEnd512() { _mm_sfence(); }
+#endif
+
 // Pixels per block of a cell: the intermediate run of a conversion that
 // both moves and converts samples stays in the first-level cache.
 constexpr std::uint64_t kBlockPixels = 512;
@@ -343,26 +374,50 @@ struct TCell {
     }
   }
 
-  static ZT_CONVERT_INLINE void RunDisjoint(T* t, const S* s, std::uint64_t n) {
+  // Converts m pixels into t: one step, or two through a block in the cache.
+  static ZT_CONVERT_INLINE void Produce(T* t, const S* s, std::uint64_t m) {
     if constexpr (SP == TP) {
-      ConvertSamples(t, s, n * SrcStep);
+      ConvertSamples(t, s, m * SrcStep);
     } else if constexpr (SD == TD) {
-      Move<T>(t, s, n, Sample::AlphaFill<TD>());
+      Move<T>(t, s, m, Sample::AlphaFill<TD>());
     } else if constexpr (SrcStep <= TrgStep && M::ReadsAll) {
       alignas(64) T block[kBlockPixels * 4];
-      for (std::uint64_t begin = 0; begin < n; begin += kBlockPixels) {
-        const std::uint64_t m = std::min(kBlockPixels, n - begin);
-        ConvertSamples(block, s + begin * SrcStep, m * SrcStep);
-        Move<T>(t + begin * TrgStep, block, m, Sample::AlphaFill<TD>());
-      }
+      ConvertSamples(block, s, m * SrcStep);
+      Move<T>(t, block, m, Sample::AlphaFill<TD>());
     } else {
       // The fill goes through the conversion with the other samples: the top
       // of any source type converts to the top of any target type.
       alignas(64) S block[kBlockPixels * 4];
+      Move<S>(block, s, m, Sample::AlphaFill<SD>());
+      ConvertSamples(t, block, m * TrgStep);
+    }
+  }
+
+  static ZT_CONVERT_INLINE void RunDisjoint(T* t, const S* s, std::uint64_t n) {
+    const std::uint64_t targetBytes = n * TrgStep * sizeof(T);
+#if ZT_CONVERT_X86
+    // A target larger than the caches is written past them: each block is
+    // converted into the cache and streamed out, which saves reading every
+    // target line before it is overwritten.
+    if constexpr (Path == EPath::Avx512) {
+      if (targetBytes >= kStreamBytes) {
+        alignas(64) T out[kBlockPixels * 4];
+        for (std::uint64_t begin = 0; begin < n; begin += kBlockPixels) {
+          const std::uint64_t m = std::min(kBlockPixels, n - begin);
+          Produce(out, s + begin * SrcStep, m);
+          Stream512(t + begin * TrgStep, out, m * TrgStep * sizeof(T));
+        }
+        StreamEnd512();
+        return;
+      }
+    }
+#endif
+    if constexpr (SP == TP || SD == TD) {
+      Produce(t, s, n);
+    } else {
+      (void)targetBytes;
       for (std::uint64_t begin = 0; begin < n; begin += kBlockPixels) {
-        const std::uint64_t m = std::min(kBlockPixels, n - begin);
-        Move<S>(block, s + begin * SrcStep, m, Sample::AlphaFill<SD>());
-        ConvertSamples(t + begin * TrgStep, block, m * TrgStep);
+        Produce(t + begin * TrgStep, s + begin * SrcStep, std::min(kBlockPixels, n - begin));
       }
     }
   }

@@ -103,28 +103,9 @@ bool CopyWhenSameType(void* target, const void* source, const CZtImageFormat& so
 
 bool CZtImage::ConvertType(CZtImage& target, EPixelType::ID pixelType,
                            EDataType::ID dataType) const {
-  if (!IsValid()) {
-    return false;
-  }
-  int width = 0;
-  int height = 0;
-  EPixelType::ID sourcePixelType{};
-  EDataType::ID sourceDataType{};
-  GetSize(width, height);
-  GetType(sourcePixelType, sourceDataType);
-  // Always created anew, even when target already has this format.
-  if (!target.Create(width, height, pixelType, dataType)) {
-    return false;
-  }
-  const CZtImageFormat sourceFormat(width, height, sourcePixelType, sourceDataType);
-  const CZtImageFormat targetFormat(width, height, pixelType, dataType);
-  // Taken after Create: when target is this image, both name the new block.
-  const void* source = GetDataPtr();
-  void* destination = target.GetDataPtr();
-  if (CopyWhenSameType(destination, source, sourceFormat, pixelType, dataType)) {
-    return true;
-  }
-  return _ConvertTrgSwitch(destination, source, targetFormat, sourceFormat);
+  // The static form with create asks this image and target the very same
+  // virtual operations in the same order.
+  return ConvertType(&target, this, pixelType, dataType, true);
 }
 
 bool CZtImage::ConvertType(IImage* target, const IImage* source, EPixelType::ID pixelType,
@@ -138,12 +119,14 @@ bool CZtImage::ConvertType(IImage* target, const IImage* source, EPixelType::ID 
   EDataType::ID sourceDataType{};
   source->GetSize(width, height);
   source->GetType(sourcePixelType, sourceDataType);
-  // Without create, nothing is asked of target but its memory.
+  // Always created anew, even when target already has this format; without
+  // create, nothing is asked of target but its memory.
   if (create && !target->Create(width, height, pixelType, dataType)) {
     return false;
   }
   const CZtImageFormat sourceFormat(width, height, sourcePixelType, sourceDataType);
   const CZtImageFormat targetFormat(width, height, pixelType, dataType);
+  // Taken after Create: when target is source, both name the new block.
   const void* sourceData = source->GetDataPtr();
   void* destination = target->GetDataPtr();
   if (CopyWhenSameType(destination, sourceData, sourceFormat, pixelType, dataType)) {

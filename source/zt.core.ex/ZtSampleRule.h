@@ -31,76 +31,53 @@ namespace Sample {
 enum class EKind { Signed, Unsigned, Floating };
 
 // The facts of one data type: its C++ sample type, its kind and its scales.
-// Positive scale P, negative scale N (signed only) and the exact negative
-// decode factor F = 1 / N. The NaN result is what a truncation of NaN leaves
-// in the sample: the integer with only its top bit set, cut to the sample's
-// width, so 0 for everything but Int.
+// Positive scale P (the highest sample), negative scale N (signed only: minus
+// the lowest sample) and the exact negative decode factor F = 1 / N. The NaN
+// result is what a truncation of NaN leaves in the sample: the integer with
+// only its top bit set, cut to the sample's width, so 0 for everything but
+// Int.
+template <class T>
+struct TSigned {
+  using Type = T;
+  static constexpr EKind Kind = EKind::Signed;
+  static constexpr double P = double(std::numeric_limits<T>::max());
+  static constexpr double N = -double(std::numeric_limits<T>::min());
+  static constexpr double F = 1.0 / N;
+  static constexpr double NaNResult = sizeof(T) == 4 ? -N : 0.0;
+};
+template <class T>
+struct TUnsigned {
+  using Type = T;
+  static constexpr EKind Kind = EKind::Unsigned;
+  static constexpr double P = double(std::numeric_limits<T>::max());
+};
+template <class T>
+struct TFloating {
+  using Type = T;
+  static constexpr EKind Kind = EKind::Floating;
+};
+
 template <EDataType::ID D>
 struct TDataType;
-
 template <>
-struct TDataType<EDataType::Byte> {
-  using Type = std::int8_t;
-  static constexpr EKind Kind = EKind::Signed;
-  static constexpr double P = 127.0;
-  static constexpr double N = 128.0;
-  static constexpr double F = 0x1p-7;
-  static constexpr double NaNResult = 0.0;
-};
+struct TDataType<EDataType::Byte> : TSigned<std::int8_t> {};
 template <>
-struct TDataType<EDataType::Short> {
-  using Type = std::int16_t;
-  static constexpr EKind Kind = EKind::Signed;
-  static constexpr double P = 32767.0;
-  static constexpr double N = 32768.0;
-  static constexpr double F = 0x1p-15;
-  static constexpr double NaNResult = 0.0;
-};
+struct TDataType<EDataType::UByte> : TUnsigned<std::uint8_t> {};
 template <>
-struct TDataType<EDataType::Int> {
-  using Type = std::int32_t;
-  static constexpr EKind Kind = EKind::Signed;
-  static constexpr double P = 2147483647.0;
-  static constexpr double N = 2147483648.0;
-  static constexpr double F = 0x1p-31;
-  static constexpr double NaNResult = -2147483648.0;
-};
+struct TDataType<EDataType::Short> : TSigned<std::int16_t> {};
 template <>
-struct TDataType<EDataType::UByte> {
-  using Type = std::uint8_t;
-  static constexpr EKind Kind = EKind::Unsigned;
-  static constexpr double P = 255.0;
-};
+struct TDataType<EDataType::UShort> : TUnsigned<std::uint16_t> {};
 template <>
-struct TDataType<EDataType::UShort> {
-  using Type = std::uint16_t;
-  static constexpr EKind Kind = EKind::Unsigned;
-  static constexpr double P = 65535.0;
-};
+struct TDataType<EDataType::Int> : TSigned<std::int32_t> {};
 template <>
-struct TDataType<EDataType::UInt> {
-  using Type = std::uint32_t;
-  static constexpr EKind Kind = EKind::Unsigned;
-  static constexpr double P = 4294967295.0;
-};
+struct TDataType<EDataType::UInt> : TUnsigned<std::uint32_t> {};
 template <>
-struct TDataType<EDataType::Float> {
-  using Type = float;
-  static constexpr EKind Kind = EKind::Floating;
-};
+struct TDataType<EDataType::Float> : TFloating<float> {};
 template <>
-struct TDataType<EDataType::Double> {
-  using Type = double;
-  static constexpr EKind Kind = EKind::Floating;
-};
+struct TDataType<EDataType::Double> : TFloating<double> {};
 
 template <EDataType::ID D>
 using TSample = typename TDataType<D>::Type;
-
-// The eight data types, in the order of their numbers.
-inline constexpr EDataType::ID kDataTypes[] = {
-    EDataType::Byte, EDataType::UByte, EDataType::Short, EDataType::UShort,
-    EDataType::Int,  EDataType::UInt,  EDataType::Float, EDataType::Double};
 
 // Raw sample to normalised value.
 template <EDataType::ID D>

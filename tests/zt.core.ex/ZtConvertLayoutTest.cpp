@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -54,6 +55,43 @@ TEST(ConvertCells, LongRunsAndBlockEdgesMatchTheReference) {
             ASSERT_TRUE(MatchesReference(tp, td, sp, sd, count, source.data()));
           }
         }
+      }
+    }
+  }
+}
+
+// Targets of several megabytes, which the wide path writes past the caches,
+// starting at every alignment class of the target: the edges of each block
+// take other stores than its middle.
+TEST(ConvertCells, LargeTargetsAtAnyAlignmentMatchTheReference) {
+  struct Case {
+    EPixelType::ID sp;
+    EDataType::ID sd;
+    EPixelType::ID tp;
+    EDataType::ID td;
+  };
+  const Case cases[] = {{EPixelType::Lum, EDataType::UByte, EPixelType::RGBA, EDataType::Double},
+                        {EPixelType::BGRA, EDataType::Float, EPixelType::RGB, EDataType::Short},
+                        {EPixelType::RGB, EDataType::UShort, EPixelType::BGRA, EDataType::UShort}};
+  const unsigned count = 700001;
+  for (const Case& c : cases) {
+    const std::vector<unsigned char> source = SourceFor(c.sp, c.sd, count, 9);
+    const std::vector<unsigned char> expected =
+        ZtConvertRef::ConvertImage(c.tp, c.td, c.sp, c.sd, count, source.data());
+    const Zt::CZtImageFormat sourceFormat(int(count), 1, c.sp, c.sd);
+    const Zt::CZtImageFormat targetFormat(int(count), 1, c.tp, c.td);
+    for (EPath path : Paths()) {
+      for (std::size_t offset : {std::size_t(0), std::size_t(8), std::size_t(35)}) {
+        std::vector<unsigned char> target(expected.size() + 128, kGuard);
+        ASSERT_TRUE(Zt::Convert::ConvertOnPath(path, target.data() + offset, source.data(),
+                                               targetFormat, sourceFormat));
+        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), target.begin() + long(offset)))
+            << Describe(c.sp, c.sd, c.tp, c.td) << ", offset " << offset << ", "
+            << PathName(path);
+        if (offset > 0) {
+          EXPECT_EQ(target[offset - 1], kGuard);
+        }
+        EXPECT_EQ(target[offset + expected.size()], kGuard);
       }
     }
   }
