@@ -39,7 +39,14 @@ check_tree() {  # <what> <unpacked root>
       status=1
     fi
   done
-  echo "$what: libdir ${libdir#"$root"}, includedir ${includedir#"$root"}"
+  # The tool finds the unpacked libraries by its relative run path.
+  local tool
+  tool=$(find "$root" -path '*/bin/zt-convert' | head -1)
+  if [[ -n $tool ]] && ! "$tool" --help >/dev/null; then
+    echo "$what: $tool does not run from where it was unpacked"
+    status=1
+  fi
+  echo "$what: libdir ${libdir#"$root"}, includedir ${includedir#"$root"}${tool:+, zt-convert runs}"
 }
 
 mkdir -p "$work/deb" "$work/tgz"

@@ -1,0 +1,77 @@
+#!/usr/bin/env bash
+# zt-convert as a user runs it: exit codes, one-line messages on stderr, and
+# no output file (not even a hidden temporary one) after a failure.
+#
+#   zt_convert_cli.sh <zt-convert> <scratch dir>
+set -uo pipefail
+tool=$1 dir=$2
+rm -rf "$dir"
+mkdir -p "$dir"
+cd "$dir" || exit 1
+failures=0 passed=0
+
+printf 'P5\n3 2\n255\n\001\002\003\004\005\377' >grey.pgm
+printf 'P5\n3 2\n255\n\001\002' >cut.pgm
+printf 'GIF89a' >fake.png
+printf 'P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK\nENDHDR\n\001\002\003\004' >cmyk.pam
+inputs=$(ls -A | sort)
+
+# expect <exit code> <stderr pattern> -- <arguments...>
+expect() {
+  local code=$1 pattern=$2
+  shift 3
+  local err status
+  err=$("$tool" "$@" 2>&1 >/dev/null)
+  status=$?
+  local problem=""
+  [[ $status -eq $code ]] || problem="exit $status, wanted $code"
+  [[ $code -eq 0 || $(wc -l <<<"$err") -eq 1 ]] || problem="$problem; message is not one line"
+  [[ $err =~ $pattern ]] || problem="$problem; stderr '$err' lacks '$pattern'"
+  if [[ $code -ne 0 && $(ls -A | sort) != "$inputs" ]]; then
+    problem="$problem; left behind: $(comm -13 <(echo "$inputs") <(ls -A | sort) | tr '\n' ' ')"
+    # Clean up so the next case starts from the inputs alone.
+    comm -13 <(echo "$inputs") <(ls -A | sort) | xargs -r rm -f --
+  fi
+  if [[ -n $problem ]]; then
+    echo "FAIL zt-convert $*: ${problem#; }"
+    failures=$((failures + 1))
+  else
+    passed=$((passed + 1))
+  fi
+}
+
+expect 2 'needs an INPUT and an OUTPUT'          -- grey.pgm
+expect 2 'unknown option --bogus'                -- --bogus grey.pgm out.png
+expect 2 "unknown layout 'CMYK'"                 -- -l CMYK grey.pgm out.png
+expect 2 'raw-format is for a .raw INPUT only'   -- -r '3x2, Lum, UByte' grey.pgm out.png
+expect 1 "cannot open 'absent.png'"              -- absent.png out.png
+expect 1 "unknown file format of 'out.tiff'"     -- grey.pgm out.tiff
+expect 1 'cut.pgm: file is truncated'            -- cut.pgm out.png
+expect 1 'fake.png: not a PNG file \(bad magic\)' -- fake.png out.pgm
+expect 1 "unsupported PAM tuple type 'CMYK'"     -- cmyk.pam out.png
+expect 1 'needs its format given'                -- grey.raw out.png
+expect 1 'PPM files hold RGB'                    -- -t Double grey.pgm out.ppm
+expect 1 'cannot convert 3x2, Lum, UByte to BayerGB, UByte' -- -l BayerGB grey.pgm out.raw
+expect 1 "cannot write 'nowhere/out.png'"        -- grey.pgm nowhere/out.png
+
+# Successful runs, and a lossless round trip through PNG and raw.
+expect 0 '' -- grey.pgm grey.png
+expect 0 '' -- grey.png grey.raw
+expect 0 '' -- -r '3x2, Lum, UByte' grey.raw back.pgm
+if ! cmp -s grey.pgm back.pgm; then
+  echo "FAIL: grey.pgm did not survive PNG and raw unchanged"
+  failures=$((failures + 1))
+else
+  passed=$((passed + 1))
+fi
+# An existing output is replaced only by a complete file.
+cp grey.png keep.png
+inputs=$(ls -A | sort)
+expect 1 'cut.pgm: file is truncated' -- cut.pgm keep.png
+if ! cmp -s grey.png keep.png; then
+  echo "FAIL: a failed run changed an existing output"
+  failures=$((failures + 1))
+fi
+
+echo "${passed} passed, ${failures} failed"
+[[ $failures -eq 0 ]]
