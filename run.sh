@@ -2,7 +2,8 @@
 # The project's two entry points on a fresh machine. Each installs what it
 # needs from the distribution's packages, then builds.
 #
-#   ./run.sh demo   build the library and run the demo program
+#   ./run.sh demo   build the library and run the demo program, which writes
+#                   its pictures to build/gcc/demo-output/
 #   ./run.sh test   build with GCC, with Clang, and with Clang under Address-,
 #                   Leak- and UndefinedBehaviorSanitizer, warnings as errors,
 #                   and run every test suite in each build
@@ -30,8 +31,10 @@ case "${1:-}" in
   demo)
     ensure_packages
     cmake --preset gcc >/dev/null
-    cmake --build --preset gcc --target zt-demo
-    ./build/gcc/examples/zt-demo
+    cmake --build --preset gcc --target zt-demo zt-convert
+    # The pictures land in build/gcc/demo-output/; zt-convert, built too in
+    # build/gcc/tools/, converts them further.
+    ./build/gcc/examples/zt-demo build/gcc/demo-output
     ;;
   test)
     ensure_packages
