@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "ZtParException.h"
 
@@ -66,76 +67,46 @@ struct DetailClassName {
 };
 TYPED_TEST_SUITE(ParDetailException, DetailClasses, DetailClassName);
 
-TYPED_TEST(ParDetailException, ComposesItsMessageAndReportsItsOwnNameAndGuid) {
+// Raised with a detail (or none) and an inner exception, caught as the
+// common base, and cloned: the clone keeps class, texts, location and chain.
+TYPED_TEST(ParDetailException, ComposesItsMessageAndKeepsEverythingInAClone) {
   const Expected expected = ExpectedOf<TypeParam>();
-  const struct {
-    const char* detail;
-    std::string message;
-  } cases[] = {
+  const std::pair<const char*, std::string> cases[] = {
       {"Expected type 'unsigned' differs from 'double'",
        std::string(expected.fixed) + "; Expected type 'unsigned' differs from 'double'"},
       {"", expected.fixed},
-      {";", std::string(expected.fixed) + "; ;"},
   };
-  for (const auto& c : cases) {
+  for (const auto& [detail, message] : cases) {
+    CZtException cause = CZtException::Create("handler refused", "Handler", "Zt::Handler::On", 3);
+    std::unique_ptr<CIException> clone;
     try {
-      throw TypeParam(c.detail, "Zt::Somewhere::Raise", 17, nullptr);
+      throw TypeParam(detail, "Zt::Somewhere::Raise", 17, &cause);
     } catch (CZtParameterException& e) {
-      EXPECT_EQ(e.GetMessageText(), c.message);
-      EXPECT_STREQ(e.GetName(), expected.name);
-      EXPECT_EQ(e.GetGUID(), CGuid(expected.guid));
-      EXPECT_NE(e.GetGUID(), CZtParameterException::ClassGuid);
-      EXPECT_STREQ(e.GetFile(), kParMapFile);
-      EXPECT_STREQ(e.GetFunction(), "Zt::Somewhere::Raise");
-      EXPECT_EQ(e.GetLine(), 17u);
-      EXPECT_EQ(e.GetInnerException(), nullptr);
+      clone.reset(e.Clone());
     }
+    const auto* typed = dynamic_cast<const TypeParam*>(clone.get());
+    ASSERT_NE(typed, nullptr) << message;
+    EXPECT_EQ(typed->GetMessageText(), message);
+    EXPECT_STREQ(typed->GetName(), expected.name);
+    EXPECT_EQ(typed->GetGUID(), CGuid(expected.guid));
+    EXPECT_STREQ(typed->GetFile(), kParMapFile);
+    EXPECT_STREQ(typed->GetFunction(), "Zt::Somewhere::Raise");
+    EXPECT_EQ(typed->GetLine(), 17u);
+    ASSERT_NE(typed->GetInnerException(), nullptr);
+    EXPECT_STREQ(typed->GetInnerException()->GetMessageText(), "handler refused");
+    EXPECT_FALSE(typed->HasException(CZtParameterException::ClassGuid))
+        << "the base's GUID is replaced, not kept beside";
   }
 }
 
-TYPED_TEST(ParDetailException, IsCaughtAsEachOfItsBases) {
-  const auto raise = [] { throw TypeParam("d", "f", 1, nullptr); };
-  EXPECT_THROW(raise(), TypeParam);
-  EXPECT_THROW(raise(), CZtParameterException);
-  EXPECT_THROW(raise(), CZtException);
-  EXPECT_THROW(raise(), CIException);
-}
-
-TYPED_TEST(ParDetailException, CloneKeepsClassTextsLocationAndInnerChain) {
-  CZtException inner = CZtException::Create("handler refused", "Handler", "Zt::Handler::On", 3);
-  TypeParam original("detail", "Zt::Somewhere::Raise", 99, &inner);
-  const std::unique_ptr<CIException> clone(original.Clone());
-
-  const auto* typed = dynamic_cast<const TypeParam*>(clone.get());
-  ASSERT_NE(typed, nullptr);
-  EXPECT_STREQ(typed->GetMessageText(), original.GetMessageText());
-  EXPECT_STREQ(typed->GetName(), ExpectedOf<TypeParam>().name);
-  EXPECT_EQ(typed->GetGUID(), CGuid(ExpectedOf<TypeParam>().guid));
-  EXPECT_STREQ(typed->GetFile(), kParMapFile);
-  EXPECT_STREQ(typed->GetFunction(), "Zt::Somewhere::Raise");
-  EXPECT_EQ(typed->GetLine(), 99u);
-  ASSERT_NE(typed->GetInnerException(), nullptr);
-  EXPECT_STREQ(typed->GetInnerException()->GetMessageText(), "handler refused");
-  EXPECT_TRUE(typed->HasException(CZtException::ClassGuid));
-  EXPECT_TRUE(typed->HasException(CGuid(ExpectedOf<TypeParam>().guid)));
-  EXPECT_FALSE(typed->HasException(CZtParameterException::ClassGuid));
-}
-
 TEST(CZtParameterException, UsesItsMessageAsItStandsUnderItsOwnNameAndGuid) {
-  CZtParameterException e("any text; as given", "Zt::Somewhere::Raise", 5, nullptr);
-  EXPECT_STREQ(e.GetMessageText(), "any text; as given");
-  EXPECT_STREQ(e.GetName(), "Zt.ParameterException");
-  EXPECT_EQ(e.GetGUID(), CGuid("{3500903C-1B00-4CDB-AFC3-53C91539D6F9}"));
-  EXPECT_STREQ(e.GetFile(), kParMapFile);
-
+  const CZtParameterException e("any text; as given", "Zt::Somewhere::Raise", 5, nullptr);
   const std::unique_ptr<CIException> clone(e.Clone());
   ASSERT_NE(dynamic_cast<CZtParameterException*>(clone.get()), nullptr);
+  EXPECT_STREQ(clone->GetMessageText(), "any text; as given");
   EXPECT_STREQ(clone->GetName(), "Zt.ParameterException");
-  EXPECT_EQ(clone->GetGUID(), e.GetGUID());
-
-  const auto raise = [] { throw CZtParameterException("", "f", 1, nullptr); };
-  EXPECT_THROW(raise(), CZtException);
-  EXPECT_THROW(raise(), CIException);
+  EXPECT_EQ(clone->GetGUID(), CGuid("{3500903C-1B00-4CDB-AFC3-53C91539D6F9}"));
+  EXPECT_STREQ(clone->GetFile(), kParMapFile);
 }
 
 }  // namespace

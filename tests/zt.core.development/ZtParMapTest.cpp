@@ -221,33 +221,15 @@ TYPED_TEST_SUITE(ParMapValue, ValueTypes, SampleName);
 TYPED_TEST(ParMapValue, StoresAndDeliversTheFirstSlotOnly) {
   using S = Sample<TypeParam>;
   this->Add("p", TestFixture::kKind);
-  EXPECT_TRUE(this->m_Map.WriteParameter("p", S::New()));
   TypeParam value = S::Old();
+  EXPECT_TRUE(this->m_Map.ReadParameter("p", value)) << "an entry without a record";
+  EXPECT_EQ(value, TypeParam{});
+  EXPECT_TRUE(this->m_Map.WriteParameter("p", S::New()));
   EXPECT_TRUE(this->m_Map.ReadParameter("p", value));
   EXPECT_EQ(value, S::New());
   const auto& record = this->m_Map.template GetValue<TypeParam>("p");
   EXPECT_EQ(record.Extra1, TypeParam{});
   EXPECT_EQ(record.Extra2, TypeParam{});
-}
-
-TYPED_TEST(ParMapValue, AnEntryWithoutARecordReadsAsZeroOrEmpty) {
-  this->Add("p", TestFixture::kKind);
-  TypeParam value = Sample<TypeParam>::Old();
-  EXPECT_TRUE(this->m_Map.ReadParameter("p", value));
-  EXPECT_EQ(value, TypeParam{});
-}
-
-TYPED_TEST(ParMapValue, NeverConvertsBetweenKinds) {
-  using S = Sample<TypeParam>;
-  this->Add("p", TestFixture::kOtherKind, true);
-  const std::string other = Zt::GetParTypeName(TestFixture::kOtherKind).ToCString();
-  EXPECT_EQ(Raised([&] { this->m_Map.WriteParameter("p", S::New()); }),
-            (Chain{kWriteHead, WrongType(other, S::kind)}));
-  TypeParam value = S::Old();
-  EXPECT_EQ(Raised([&] { this->m_Map.ReadParameter("p", value); }),
-            (Chain{WrongType(other, S::kind)}));
-  EXPECT_EQ(value, S::Old());
-  EXPECT_EQ(this->m_Constraint.checks, 0) << "a wrong kind never reaches the constraint";
 }
 
 TYPED_TEST(ParMapValue, ARefusingEventGetsTheOldValueBack) {
@@ -356,33 +338,6 @@ TEST_F(ParMapFixture, ChecksNameThenAccessThenKindThenConstraint) {
   EXPECT_FALSE(m_Map.HasParameter("q")) << "a failed look-up adds no entry";
 }
 
-TEST_F(ParMapFixture, FailuresNameTheMapsFileAndFunctions) {
-  const auto expectLink = [](const CIException& e, const std::string& member) {
-    EXPECT_STREQ(e.GetFile(), kMapFile);
-    EXPECT_EQ(e.GetFunction(), kMapClass + member);
-  };
-  try {
-    m_Map.WriteParameter("missing", 1.0);
-  } catch (CZtException& e) {
-    expectLink(e, "WriteParameter");
-    ASSERT_NE(e.GetInnerException(), nullptr);
-    expectLink(*e.GetInnerException(), "WriteParameter");
-  }
-  try {
-    double value = 0;
-    m_Map.ReadParameter("missing", value);
-  } catch (Zt::CZtParInvalidNameException& e) {
-    expectLink(e, "ReadParameter");
-  }
-  try {
-    m_Map.Init();
-    ADD_FAILURE() << "a second Init passed";
-  } catch (CZtException& e) {
-    EXPECT_EQ(ChainOf(e), (Chain{{"Zt.Exception", "parameter map already initialized"}}));
-    expectLink(e, "Init");
-  }
-}
-
 TEST(ParMapKinds, HaveTheirTextsAndEveryOtherValueIsUnknown) {
   const std::pair<int, const char*> names[] = {
       {0, "none"},     {1, "int"},        {2, "unsigned"},  {3, "double"},  {4, "string"},
@@ -468,7 +423,7 @@ TEST_F(ParMapFixture, AssignmentCopiesValuesDeeplyAndSharesTheObjects) {
   EXPECT_EQ(number, 1u);
 }
 
-TEST_F(ParMapFixture, ClearEmptiesEveryTableAndKeepsTheMapUsable) {
+TEST_F(ParMapFixture, ClearKeepsTheTablesAndOnlyFinalizeAllowsASecondInit) {
   Add("a", Zt::ParDouble, true, true);
   EXPECT_TRUE(m_Map.WriteParameter("a", 3.5));
   m_Map.Clear();
@@ -481,6 +436,14 @@ TEST_F(ParMapFixture, ClearEmptiesEveryTableAndKeepsTheMapUsable) {
   EXPECT_TRUE(m_Map.ReadParameter("a", value));
   EXPECT_EQ(value, 0.0) << "the value went with the entry";
 
+  try {
+    m_Map.Init();
+    ADD_FAILURE() << "a second Init passed";
+  } catch (CZtException& e) {
+    EXPECT_EQ(ChainOf(e), (Chain{{"Zt.Exception", "parameter map already initialized"}}));
+    EXPECT_STREQ(e.GetFile(), kMapFile);
+    EXPECT_EQ(e.GetFunction(), kMapClass + "Init");
+  }
   m_Map.Finalize();
   m_Map.Finalize();
   m_Map.Clear();  // no tables: nothing to do

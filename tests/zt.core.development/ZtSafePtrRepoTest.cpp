@@ -119,27 +119,6 @@ TYPED_TEST(SafePtr, CountsEveryCopyAndReleasesWithTheLastOnly) {
   EXPECT_EQ(this->m_Destroyed, 0) << "only the storage goes, no destructor runs";
 }
 
-TYPED_TEST(SafePtr, EmptyOrUnboundSafePointersNeverTouchARepository) {
-  using Ptr = typename TestFixture::SafePtrType;
-  {
-    const Ptr empty;
-    Ptr copy(empty);
-    Ptr assigned;
-    assigned = empty;
-    EXPECT_EQ(copy.Get(), nullptr);
-    EXPECT_EQ(assigned.GetRepository(), nullptr);
-  }
-  // An object without a repository is never counted nor released.
-  TypeParam* object = this->NewObject();
-  {
-    Ptr unbound(object, nullptr);
-    Ptr copy(unbound);
-    EXPECT_EQ(copy.Get(), object);
-  }
-  EXPECT_EQ(this->m_Repository.GetObjectCount(), 0u);
-  ::operator delete(static_cast<void*>(object));
-}
-
 TYPED_TEST(SafePtr, AssigningReleasesTheOldObjectAndTakesTheNewOne) {
   using Ptr = typename TestFixture::SafePtrType;
   auto& repository = this->m_Repository;
