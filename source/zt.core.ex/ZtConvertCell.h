@@ -277,19 +277,22 @@ struct TMove512 {
 // instruction set. One instance per pair of types and path, shared by the
 // cells.
 template <EDataType::ID SD, EDataType::ID TD>
-ZT_CONVERT_NOINLINE void ConvertRun(Sample::TSample<TD>* __restrict t,
-                                    const Sample::TSample<SD>* __restrict s, std::uint64_t n) {
+ZT_CONVERT_INLINE void ConvertLoop(Sample::TSample<TD>* __restrict t,
+                                   const Sample::TSample<SD>* __restrict s, std::uint64_t n) {
   for (std::uint64_t i = 0; i < n; ++i) {
     t[i] = Sample::ConvertSample<SD, TD>(s[i]);
   }
 }
 template <EDataType::ID SD, EDataType::ID TD>
-ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE void ConvertRun512(Sample::TSample<TD>* __restrict t,
-                                                         const Sample::TSample<SD>* __restrict s,
+ZT_CONVERT_NOINLINE void ConvertRun(Sample::TSample<TD>* t, const Sample::TSample<SD>* s,
+                                    std::uint64_t n) {
+  ConvertLoop<SD, TD>(t, s, n);
+}
+template <EDataType::ID SD, EDataType::ID TD>
+ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE void ConvertRun512(Sample::TSample<TD>* t,
+                                                         const Sample::TSample<SD>* s,
                                                          std::uint64_t n) {
-  for (std::uint64_t i = 0; i < n; ++i) {
-    t[i] = Sample::ConvertSample<SD, TD>(s[i]);
-  }
+  ConvertLoop<SD, TD>(t, s, n);
 }
 
 #if ZT_CONVERT_X86
