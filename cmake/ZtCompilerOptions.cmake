@@ -35,7 +35,10 @@ function(zt_shared_library target)
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}
     CXX_VISIBILITY_PRESET hidden
-    VISIBILITY_INLINES_HIDDEN ON)
+    VISIBILITY_INLINES_HIDDEN ON
+    # The three libraries are installed side by side; each finds its
+    # siblings next to itself under any prefix.
+    INSTALL_RPATH "$ORIGIN")
   # Every symbol a library needs must come from its declared dependencies.
   # Not under sanitizers: their runtime is linked into the executable only.
   if(NOT ZT_SANITIZE)
