@@ -4,165 +4,111 @@
 #include <string>
 #include <vector>
 
+#include "ZtAllocFailChain.h"
 #include "ZtCoreEx.h"
 
 using Zt::CZtArrayString;
-using Zt::CZtException;
 using Zt::CZtString;
+using ZtTest::ExpectRaise;
+using Texts = std::vector<std::string>;
 
 namespace {
 
-std::vector<std::string> Texts(const CZtArrayString& array) {
-  std::vector<std::string> texts;
+Texts TextsOf(const CZtArrayString& array) {
+  Texts texts;
   for (unsigned long long i = 0; i < array.Length(); ++i) {
     texts.emplace_back(array[i].ToCString());
   }
   return texts;
 }
 
-CZtArrayString Of(const std::vector<std::string>& texts) {
-  CZtArrayString array(texts.size());
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    array[i] = texts[i].c_str();
-  }
-  return array;
-}
-
-// Checks that `op` raises a CZtException from ZtArrayString with `message`
-// under `function`, holding an inner exception with `inner` if that is given.
-void ExpectFailure(const std::function<void()>& op, const char* function, const char* message,
-                   const char* inner = nullptr) {
-  try {
-    op();
-    ADD_FAILURE() << "no failure, expected: " << message;
-  } catch (CZtException& e) {
-    EXPECT_STREQ(e.GetMessageText(), message);
-    EXPECT_STREQ(e.GetFile(), "ZtArrayString");
-    EXPECT_STREQ(e.GetFunction(), function);
-    if (inner == nullptr) {
-      EXPECT_EQ(e.GetInnerException(), nullptr);
-    } else if (e.GetInnerException() == nullptr) {
-      ADD_FAILURE() << "no inner exception, expected: " << inner;
-    } else {
-      EXPECT_STREQ(e.GetInnerException()->GetMessageText(), inner);
-      EXPECT_STREQ(e.GetInnerException()->GetFunction(), function);
-      EXPECT_STREQ(e.GetInnerException()->GetFile(), "ZtArrayString");
-    }
-  }
+ZtTest::Link Failure(const char* message, const char* member) {
+  return {message, std::string("Zt::CZtArrayString::") + member, "ZtArrayString"};
 }
 
 TEST(CZtArrayString, SplitsFieldsAsGetlineReadsThem) {
-  struct Case {
-    const char* text;
-    char delimiter;
-    std::vector<std::string> fields;
+  const std::pair<const char*, Texts> cases[] = {
+      {"", {}},
+      {"a", {"a"}},
+      {"a,,b", {"a", "", "b"}},
+      {",a", {"", "a"}},
+      {"a,", {"a"}},  // a trailing delimiter adds no empty field
+      {",", {""}},
+      {",,", {"", ""}},
+      {" a , b ", {" a ", " b "}},
+      {"no delimiter here", {"no delimiter here"}},
   };
-  const Case cases[] = {
-      {"", ',', {}},
-      {"a", ',', {"a"}},
-      {"a,b", ',', {"a", "b"}},
-      {"a,,b", ',', {"a", "", "b"}},
-      {",a", ',', {"", "a"}},
-      {"a,", ',', {"a"}},
-      {",", ',', {""}},
-      {",,", ',', {"", ""}},
-      {" a , b ", ',', {" a ", " b "}},
-      {"no delimiter here", ';', {"no delimiter here"}},
-      {"x\xE9y\xE9", '\xE9', {"x", "y"}},
-      {"line one\nline two", '\n', {"line one", "line two"}},
-  };
-  for (const Case& c : cases) {
-    const CZtArrayString array(c.text, c.delimiter);
-    EXPECT_TRUE(array.IsValid()) << c.text;
-    EXPECT_EQ(Texts(array), c.fields) << "'" << c.text << "'";
+  for (const auto& c : cases) {
+    const CZtArrayString array(c.first, ',');
+    EXPECT_TRUE(array.IsValid()) << c.first;
+    EXPECT_EQ(TextsOf(array), c.second) << "'" << c.first << "'";
   }
+  EXPECT_EQ(TextsOf(CZtArrayString("x\xE9y", '\xE9')), (Texts{"x", "y"}));
 }
 
-TEST(CZtArrayString, LengthChangesKeepElementsAndTheirAddresses) {
-  CZtArrayString array = Of({"a", "b", "c"});
+TEST(CZtArrayString, ChangesKeepElementsAndTheirAddresses) {
+  CZtArrayString array("a,b,c", ',');
   CZtString& first = array[0];
-  array.Resize(7);
-  EXPECT_EQ(&array[0], &first);
-  EXPECT_EQ(Texts(array), (std::vector<std::string>{"a", "b", "c", "", "", "", ""}));
+  array.Resize(5);
+  EXPECT_EQ(TextsOf(array), (Texts{"a", "b", "c", "", ""}));
   array.Resize(2);
+  EXPECT_EQ(TextsOf(array), (Texts{"a", "b"}));
   EXPECT_EQ(&array[0], &first);
-  EXPECT_EQ(Texts(array), (std::vector<std::string>{"a", "b"}));
-  array.Resize(2);
-  EXPECT_EQ(Texts(array), (std::vector<std::string>{"a", "b"}));
   array.Reset();
-  EXPECT_EQ(Texts(array), (std::vector<std::string>{"", ""}));
+  EXPECT_EQ(TextsOf(array), (Texts{"", ""}));
   array.New(3);
-  EXPECT_EQ(Texts(array), (std::vector<std::string>{"", "", ""}));
-  EXPECT_EQ(Texts(CZtArrayString()), std::vector<std::string>{});
-}
+  EXPECT_EQ(TextsOf(array), (Texts{"", "", ""}));
 
-TEST(CZtArrayString, IndexIsCheckedInBothForms) {
-  CZtArrayString array = Of({"x", "y"});
   const CZtArrayString& constant = array;
-  EXPECT_EQ(&constant[1], &array[1]);
-  for (unsigned long long bad : {2ull, 3ull, ~0ull}) {
-    ExpectFailure([&] { (void)array[bad]; }, "Zt::CZtArrayString::operator []",
-                  "Array index out of bounds");
-    ExpectFailure([&] { (void)constant[bad]; }, "Zt::CZtArrayString::operator []",
-                  "Array index out of bounds");
+  for (unsigned long long bad : {3ull, ~0ull}) {
+    ExpectRaise([&] { (void)array[bad]; }, {Failure("Array index out of bounds", "operator []")});
+    ExpectRaise([&] { (void)constant[bad]; },
+                {Failure("Array index out of bounds", "operator []")});
   }
 }
 
 TEST(CZtArrayString, CopiesAreDeepAndCopiesOfInvalidArraysAreInvalid) {
-  const CZtArrayString source = Of({"one", "two"});
+  const CZtArrayString source("one,two", ',');
   CZtArrayString copied(source);
-  CZtArrayString assigned = Of({"x", "y", "z"});
+  CZtArrayString assigned("x,y,z", ',');
   assigned = source;
   for (CZtArrayString* target : {&copied, &assigned}) {
-    EXPECT_EQ(Texts(*target), (std::vector<std::string>{"one", "two"}));
+    EXPECT_EQ(TextsOf(*target), (Texts{"one", "two"}));
     EXPECT_NE(&(*target)[0], &source[0]);
-    (*target)[0] = "changed";
   }
-  EXPECT_EQ(Texts(source), (std::vector<std::string>{"one", "two"}));
-
   CZtArrayString invalid;
   invalid.Delete();
-  const CZtArrayString copyOfInvalid(invalid);
-  EXPECT_FALSE(copyOfInvalid.IsValid());
-  CZtArrayString assignedInvalid = Of({"a"});
-  assignedInvalid = invalid;
-  EXPECT_FALSE(assignedInvalid.IsValid());
-
-  // Assignment to itself destroys the contents first, and nothing repairs it.
-  CZtArrayString self = Of({"a", "b"});
-  CZtArrayString& alias = self;
-  self = alias;
-  EXPECT_FALSE(self.IsValid());
-  EXPECT_EQ(self.Length(), 0u);
+  EXPECT_FALSE(CZtArrayString(invalid).IsValid());
+  assigned = invalid;
+  EXPECT_FALSE(assigned.IsValid());
 }
 
 TEST(CZtArrayString, AnInvalidArrayRefusesAccessUntilNew) {
-  // Three ways to an invalid array.
-  const std::vector<std::function<void(CZtArrayString&)>> invalidate = {
+  const std::function<void(CZtArrayString&)> invalidations[] = {
       [](CZtArrayString& a) { a.Delete(); },
-      [](CZtArrayString& a) { a.Delete(); a.Delete(); },
-      [](CZtArrayString& a) { CZtArrayString& alias = a; a = alias; },
+      [](CZtArrayString& a) {
+        a.Delete();
+        a.Delete();
+      },
+      // Assignment to itself destroys the contents first; nothing repairs it.
+      [](CZtArrayString& a) { a = *&a; },
   };
-  for (const auto& makeInvalid : invalidate) {
-    CZtArrayString array = Of({"a", "b"});
-    makeInvalid(array);
+  const auto invalid = Failure("Nullptr --> Array Data Invalid", "Resize");
+  for (const auto& invalidate : invalidations) {
+    CZtArrayString array("a,b", ',');
+    invalidate(array);
     const CZtArrayString& constant = array;
     EXPECT_FALSE(array.IsValid());
     EXPECT_EQ(array.Length(), 0u);
-    ExpectFailure([&] { array.Reset(); }, "Zt::CZtArrayString::Reset",
-                  "Nullptr --> Array Data Invalid");
-    ExpectFailure([&] { (void)array[0]; }, "Zt::CZtArrayString::operator []",
-                  "Nullptr --> Array Data Invalid");
-    ExpectFailure([&] { (void)constant[0]; }, "Zt::CZtArrayString::operator []",
-                  "Nullptr --> Array Data Invalid");
+    ExpectRaise([&] { array.Reset(); }, {Failure("Nullptr --> Array Data Invalid", "Reset")});
+    ExpectRaise([&] { (void)array[0]; },
+                {Failure("Nullptr --> Array Data Invalid", "operator []")});
+    ExpectRaise([&] { (void)constant[0]; },
+                {Failure("Nullptr --> Array Data Invalid", "operator []")});
     // Resize wraps its own refusal at once.
-    ExpectFailure([&] { array.Resize(1); }, "Zt::CZtArrayString::Resize", "Error resizing Array",
-                  "Nullptr --> Array Data Invalid");
-    EXPECT_FALSE(array.IsValid());
-
+    ExpectRaise([&] { array.Resize(1); }, {Failure("Error resizing Array", "Resize"), invalid});
     array.New(2);
-    EXPECT_TRUE(array.IsValid());
-    EXPECT_EQ(Texts(array), (std::vector<std::string>{"", ""}));
+    EXPECT_EQ(TextsOf(array), (Texts{"", ""}));
   }
 }
 
