@@ -21,6 +21,9 @@
 
 #include "ZtConvertDispatch.h"
 #include "ZtSampleRule.h"
+#if defined(__x86_64__)
+#include "ZtSampleRule512.h"
+#endif
 
 #if !defined(__GNUC__) && !defined(__clang__)
 #error "the conversion cells need GCC or Clang"
@@ -29,7 +32,7 @@
 #if defined(__x86_64__)
 #include <immintrin.h>
 #define ZT_CONVERT_X86 1
-#define ZT_CONVERT_AVX512 __attribute__((target("avx512f,avx512dq,avx512bw,avx512vl")))
+#define ZT_CONVERT_AVX512 __attribute__((target("avx512f,avx512dq,avx512bw,avx512vl,fma")))
 #else
 #define ZT_CONVERT_X86 0
 #define ZT_CONVERT_AVX512
@@ -277,23 +280,21 @@ struct TMove512 {
 // instruction set. One instance per pair of types and path, shared by the
 // cells.
 template <EDataType::ID SD, EDataType::ID TD>
-ZT_CONVERT_INLINE void ConvertLoop(Sample::TSample<TD>* __restrict t,
-                                   const Sample::TSample<SD>* __restrict s, std::uint64_t n) {
+ZT_CONVERT_NOINLINE void ConvertRun(Sample::TSample<TD>* __restrict t,
+                                    const Sample::TSample<SD>* __restrict s, std::uint64_t n) {
   for (std::uint64_t i = 0; i < n; ++i) {
     t[i] = Sample::ConvertSample<SD, TD>(s[i]);
   }
 }
-template <EDataType::ID SD, EDataType::ID TD>
-ZT_CONVERT_NOINLINE void ConvertRun(Sample::TSample<TD>* t, const Sample::TSample<SD>* s,
-                                    std::uint64_t n) {
-  ConvertLoop<SD, TD>(t, s, n);
-}
+#if ZT_CONVERT_X86
+// The same written for AVX-512 registers (ZtSampleRule512.h).
 template <EDataType::ID SD, EDataType::ID TD>
 ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE void ConvertRun512(Sample::TSample<TD>* t,
                                                          const Sample::TSample<SD>* s,
                                                          std::uint64_t n) {
-  ConvertLoop<SD, TD>(t, s, n);
+  Sample::ConvertRun512<SD, TD>(t, s, n);
 }
+#endif
 
 #if ZT_CONVERT_X86
 // Targets of this many bytes and more are written with streaming stores.
@@ -370,11 +371,13 @@ struct TCell {
 
   template <class A, class B>
   static ZT_CONVERT_INLINE void ConvertSamples(B* t, const A* s, std::uint64_t n) {
+#if ZT_CONVERT_X86
     if constexpr (Path == EPath::Avx512) {
       ConvertRun512<SD, TD>(t, s, n);
-    } else {
-      ConvertRun<SD, TD>(t, s, n);
+      return;
     }
+#endif
+    ConvertRun<SD, TD>(t, s, n);
   }
 
   // Converts m pixels into t: one step, or two through a block in the cache.

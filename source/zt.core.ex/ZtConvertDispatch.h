@@ -80,7 +80,8 @@ bool ConvertTo(void* target, const void* source, EPixelType::ID targetPixelType,
 bool ConvertOnPath(EPath path, void* target, const void* source,
                    const CZtImageFormat& targetFormat, const CZtImageFormat& sourceFormat);
 
-// Whether this processor and its operating system run AVX-512 code.
+// Whether this processor and its operating system run AVX-512 code with
+// fused multiply-add.
 bool Avx512Usable();
 
 // The path for a conversion of `count` pixels: the widest usable one, and the

@@ -29,20 +29,22 @@ namespace Convert {
 // inside a virtual machine.
 bool Avx512Usable() {
   return CPU_FEATURE_ACTIVE(AVX512F) && CPU_FEATURE_ACTIVE(AVX512DQ) &&
-         CPU_FEATURE_ACTIVE(AVX512BW) && CPU_FEATURE_ACTIVE(AVX512VL);
+         CPU_FEATURE_ACTIVE(AVX512BW) && CPU_FEATURE_ACTIVE(AVX512VL) && CPU_FEATURE_ACTIVE(FMA);
 }
 constexpr std::uint32_t kWidePathMinimum = 64;
 
 #elif defined(__x86_64__)
 
-// Asks the processor itself: the four AVX-512 subsets, and that the operating
-// system saves the vector and mask registers (XCR0 bits 1, 2, 5, 6 and 7).
+// Asks the processor itself: fused multiply-add, the four AVX-512 subsets,
+// and that the operating system saves the vector and mask registers (XCR0
+// bits 1, 2, 5, 6 and 7).
 bool Avx512Usable() {
   unsigned int eax = 0;
   unsigned int ebx = 0;
   unsigned int ecx = 0;
   unsigned int edx = 0;
-  if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0 || (ecx & bit_OSXSAVE) == 0) {
+  if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0 || (ecx & bit_OSXSAVE) == 0 ||
+      (ecx & bit_FMA) == 0) {
     return false;
   }
   unsigned int xcr0 = 0;

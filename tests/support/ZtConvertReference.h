@@ -210,6 +210,7 @@ inline std::vector<unsigned char> ConvertImage(Zt::EPixelType::ID targetPixel,
       using T = decltype(t);
       std::vector<T> samples(std::size_t(count) * std::size_t(m.targetSamples));
       std::vector<S> in(std::size_t(count) * std::size_t(kSourceSamples[from]));
+      if (count == 0) return;  // memcpy takes no null pointer, not even for 0 bytes
       std::memcpy(in.data(), source, in.size() * sizeof(S));
       ConvertPixels(m, kSourceSamples[from], count, samples.data(), in.data());
       out.resize(samples.size() * sizeof(T));

@@ -15,6 +15,9 @@
 
 #include "ZtConvertTesting.h"
 #include "ZtSampleRule.h"
+#if defined(__x86_64__)
+#include "ZtSampleRule512.h"
+#endif
 
 using namespace ZtTest;
 
@@ -330,5 +333,41 @@ TEST(ConvertSample, RoutinesOfTheRuleMeetAtTheSaturationEdges) {
   EXPECT_FALSE(std::signbit(DecodeSample<EDataType::Short>(0)));
   EXPECT_EQ((ConvertSample<EDataType::UByte, EDataType::UShort>(33)), 8481);
 }
+
+#if defined(__x86_64__)
+// The wide path's quotient against the division, over every sample the
+// decode divides: 0 to P of each integer type, 6.4 billion in all, eight at
+// a time, so the whole sweep takes seconds.
+template <class T>
+__attribute__((target("avx512f,avx512dq,avx512bw,avx512vl,fma"))) std::uint64_t
+QuotientMismatches() {
+  const std::uint64_t last = std::uint64_t(T::P);
+  const __m512d steps = _mm512_setr_pd(0, 1, 2, 3, 4, 5, 6, 7);
+  const __m512d top = _mm512_set1_pd(T::P);
+  std::uint64_t mismatches = 0;
+  for (std::uint64_t v = 0; v <= last; v += 8) {
+    // Lanes past P repeat P.
+    const __m512d x =
+        _mm512_maskz_min_pd(0xFF, _mm512_add_pd(_mm512_set1_pd(double(v)), steps), top);
+    const __m512d fused = Zt::Sample::Quotient512<T>(x);
+    mismatches += unsigned(
+        __builtin_popcount(_mm512_cmp_pd_mask(fused, _mm512_div_pd(x, top), _CMP_NEQ_UQ)));
+  }
+  return mismatches;
+}
+
+TEST(WidePath, QuotientEqualsTheDivisionOnEverySample) {
+  if (!Zt::Convert::Avx512Usable()) {
+    GTEST_SKIP() << "no AVX-512 on this processor";
+  }
+  using Zt::Sample::TDataType;
+  EXPECT_EQ(QuotientMismatches<TDataType<EDataType::Byte>>(), 0u);
+  EXPECT_EQ(QuotientMismatches<TDataType<EDataType::UByte>>(), 0u);
+  EXPECT_EQ(QuotientMismatches<TDataType<EDataType::Short>>(), 0u);
+  EXPECT_EQ(QuotientMismatches<TDataType<EDataType::UShort>>(), 0u);
+  EXPECT_EQ(QuotientMismatches<TDataType<EDataType::Int>>(), 0u);
+  EXPECT_EQ(QuotientMismatches<TDataType<EDataType::UInt>>(), 0u);
+}
+#endif
 
 }  // namespace
