@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "ZtChain.h"
 #include "ZtParMap.h"
 
 using Zt::CIException;
@@ -91,29 +92,9 @@ private:
 
 // --- Chains ------------------------------------------------------------------
 
-// (name, message) of each link of a chain, outermost first.
-using Chain = std::vector<std::pair<std::string, std::string>>;
-
-Chain ChainOf(const CIException& e) {
-  Chain chain;
-  for (const CIException* link = &e; link != nullptr;) {
-    chain.emplace_back(link->GetName(), link->GetMessageText());
-    const auto* zt = dynamic_cast<const CZtException*>(link);
-    link = zt != nullptr ? zt->GetInnerException() : nullptr;
-  }
-  return chain;
-}
-
-// The chain that `operation` raised; empty if it returned.
-template <class F>
-Chain Raised(F&& operation) {
-  try {
-    operation();
-  } catch (CIException& e) {
-    return ChainOf(e);
-  }
-  return {};
-}
+using ZtTest::Chain;
+using ZtTest::ChainOf;
+using ZtTest::Raised;
 
 const std::pair<std::string, std::string> kWriteHead{"Zt.Exception", "Error writing parameter"};
 const std::pair<std::string, std::string> kWriteDenied{"Zt.ParAccessWriteException",

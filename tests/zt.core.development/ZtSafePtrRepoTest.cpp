@@ -3,6 +3,7 @@
 #include <new>
 #include <string>
 
+#include "ZtChain.h"
 #include "ZtParMap.h"
 #include "ZtSafePtrRepo.h"
 
@@ -73,14 +74,8 @@ protected:
   static void ExpectChain(const CZtException& e, const char* member, const char* outer,
                           const char* inner) {
     const std::string function = std::string(Instance<T>::repository) + "::" + member;
-    EXPECT_STREQ(e.GetMessageText(), outer);
-    EXPECT_EQ(e.GetFunction(), function);
-    EXPECT_STREQ(e.GetFile(), "source\\zt.core.development\\ZtSafePtrRepo");
-    const auto* first = dynamic_cast<const CZtException*>(e.GetInnerException());
-    ASSERT_NE(first, nullptr);
-    EXPECT_STREQ(first->GetMessageText(), inner);
-    EXPECT_EQ(first->GetFunction(), function);
-    EXPECT_EQ(first->GetInnerException(), nullptr);
+    const char* const file = "source\\zt.core.development\\ZtSafePtrRepo";
+    ZtTest::ExpectChain(e, {{outer, function, file}, {inner, function, file}});
   }
 
   int m_Destroyed = 0;

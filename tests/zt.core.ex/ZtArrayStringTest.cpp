@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "ZtAllocFailChain.h"
+#include "ZtChain.h"
 #include "ZtCoreEx.h"
 
 using Zt::CZtArrayString;

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "ZtChain.h"
 #include "ZtCoreEx.h"
 
 using Zt::CGuid;
@@ -20,30 +21,9 @@ namespace {
 
 // --- Chains as a caller sees them ---------------------------------------------
 
-// (name, message) of each link, outermost first.
-using Chain = std::vector<std::pair<std::string, std::string>>;
-
-Chain ChainOf(const CIException& e) {
-  Chain chain;
-  for (const CIException* link = &e; link != nullptr;) {
-    chain.emplace_back(link->GetName(), link->GetMessageText());
-    const auto* zt = dynamic_cast<const CZtException*>(link);
-    link = zt != nullptr ? zt->GetInnerException() : nullptr;
-  }
-  return chain;
-}
-
-// The chain that `operation` raised, empty if it returned. The head of every
-// chain is caught as CZtException: that is what callers catch.
-template <class F>
-Chain Raised(F&& operation) {
-  try {
-    operation();
-  } catch (CZtException& e) {
-    return ChainOf(e);
-  }
-  return {};
-}
+using ZtTest::Chain;
+using ZtTest::ChainOf;
+using ZtTest::Raised;
 
 using Link = std::pair<std::string, std::string>;
 Link Plain(const std::string& message) { return {"Zt.Exception", message}; }
