@@ -1,17 +1,17 @@
 # Numeric, string and two-dimensional arrays as a user meets them, through
-# the shared library; exhausted memory comes from operator new.
+# the shared library; their exhausted memory is swept in zt_alloc_sweep_tests.
 zt_add_gtest(zt_arrays_tests
   SOURCES
     zt.core.ex/ZtArrayTest.cpp
     zt.core.ex/ZtArrayStringTest.cpp
-  LIBS Zt::CoreEx zt_alloc_fail)
+  LIBS Zt::CoreEx)
 
 # Makes chosen calls of malloc, realloc or operator new fail in the binary
 # that links it (see support/ZtAllocFail.h); generic, for any suite.
 add_library(zt_alloc_fail OBJECT support/ZtAllocFail.cpp)
 target_include_directories(zt_alloc_fail PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/support)
 target_link_libraries(zt_alloc_fail PRIVATE zt_test_options)
-target_link_options(zt_alloc_fail INTERFACE -Wl,--wrap=malloc -Wl,--wrap=realloc)
+target_link_options(zt_alloc_fail INTERFACE -Wl,--wrap=malloc -Wl,--wrap=realloc -Wl,--wrap=free)
 
 # The building blocks that the shared library hides, linked from the
 # component's objects, where malloc and realloc can be made to fail too.
@@ -19,6 +19,5 @@ zt_add_gtest(zt_arrays_internal_tests
   SOURCES
     zt.core.ex/ZtMemTest.cpp
     zt.core.ex/ZtMatrixTest.cpp
-    zt.core.ex/ZtArrayAllocFailTest.cpp
   LIBS ZtCore zt_alloc_fail)
 zt_link_components(zt_arrays_internal_tests arrays)

@@ -15,12 +15,3 @@ zt_add_gtest(zt_metadata_tests
     zt.core.ex/ZtMetaDataTest.cpp
     zt.core.ex/ZtMetricCalibResultTest.cpp
   LIBS Zt::CoreEx)
-
-# Allocation failures injected under the map and the store.
-zt_add_gtest(zt_params_alloc_tests
-  SOURCES zt.core.development/ZtParMapAllocFailTest.cpp
-  LIBS ZtCore zt_alloc_fail)
-zt_link_components(zt_params_alloc_tests params)
-zt_add_gtest(zt_metadata_alloc_tests
-  SOURCES zt.core.ex/ZtMetaDataAllocFailTest.cpp
-  LIBS Zt::CoreEx zt_alloc_fail)

@@ -8,6 +8,7 @@
 // The real allocator behind the linker's --wrap=malloc and --wrap=realloc.
 extern "C" void* __real_malloc(std::size_t size);
 extern "C" void* __real_realloc(void* block, std::size_t size);
+extern "C" void __real_free(void* block);
 
 namespace ZtTest {
 namespace {
@@ -25,6 +26,15 @@ struct State {
   unsigned long long calls[kKinds];
 };
 State g_State{};
+// Blocks out, counted apart from g_State: it runs all the time.
+long long g_LiveBlocks = 0;
+
+void* Counted(void* block) {
+  if (block != nullptr) {
+    ++g_LiveBlocks;
+  }
+  return block;
+}
 
 // Counts the call; true if this one is to fail.
 bool ShouldFail(AllocKind kind) {
@@ -59,7 +69,7 @@ void* NewBlock(std::size_t size) {
   if (ShouldFail(AllocKind::New)) {
     return nullptr;
   }
-  return __real_malloc(size == 0 ? 1 : size);
+  return Counted(__real_malloc(size == 0 ? 1 : size));
 }
 
 }  // namespace
@@ -76,6 +86,8 @@ unsigned long long ZtAllocFail::Calls(AllocKind kind) const {
   return g_State.calls[static_cast<int>(kind)];
 }
 
+long long LiveBlocks() { return g_LiveBlocks; }
+
 }  // namespace ZtTest
 
 using ZtTest::AllocKind;
@@ -84,14 +96,27 @@ extern "C" void* __wrap_malloc(std::size_t size) {
   if (ZtTest::ShouldFail(AllocKind::Malloc)) {
     return nullptr;
   }
-  return __real_malloc(size);
+  return ZtTest::Counted(__real_malloc(size));
 }
 
 extern "C" void* __wrap_realloc(void* block, std::size_t size) {
   if (ZtTest::ShouldFail(AllocKind::Realloc)) {
     return nullptr;
   }
-  return __real_realloc(block, size);
+  void* moved = __real_realloc(block, size);
+  if (block == nullptr) {
+    ZtTest::Counted(moved);
+  } else if (moved == nullptr && size == 0) {
+    --ZtTest::g_LiveBlocks;  // a size of 0 freed the block
+  }
+  return moved;
+}
+
+extern "C" void __wrap_free(void* block) {
+  if (block != nullptr) {
+    --ZtTest::g_LiveBlocks;
+  }
+  __real_free(block);
 }
 
 // The replaceable global allocation functions, on the real malloc and free.

@@ -5,8 +5,8 @@
 // paths of the code under test.
 //
 // A test binary that links the zt_alloc_fail support library gets:
-//  - malloc and realloc, as called from the objects linked into the binary
-//    itself, routed through a hook (the linker's --wrap);
+//  - malloc, realloc and free, as called from the objects linked into the
+//    binary itself, routed through a hook (the linker's --wrap);
 //  - the global operator new and new[] replaced, for every caller in the
 //    process, shared libraries included.
 // Outside the lifetime of a ZtAllocFail object every call goes straight to
@@ -21,6 +21,13 @@
 // A sweep over every allocation of an operation first counts them with a
 // counting-only ZtAllocFail, then runs the operation once for each k with
 // the k-th allocation of each kind failing.
+//
+// Every block that these hooks hand out or take back is counted, at all
+// times, so a test can tell how many blocks a piece of code left behind:
+//
+//   const long long before = ZtTest::LiveBlocks();
+//   { ... }
+//   EXPECT_EQ(ZtTest::LiveBlocks() - before, 0);
 
 #if defined(__SANITIZE_ADDRESS__)
 #define ZT_TEST_LEAK_CHECKER 1
@@ -58,6 +65,11 @@ public:
   // Allocations of `kind` made so far, a failed one included.
   unsigned long long Calls(AllocKind kind) const;
 };
+
+// Blocks handed out by the hooks and not yet given back. Blocks that other
+// shared libraries take from malloc directly are not seen; every operator
+// new is.
+long long LiveBlocks();
 
 // While it lives, the leak checker of a sanitizer build does not report the
 // allocations made. For operations whose contract is to leave memory

@@ -1,20 +1,17 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "ZtAllocFailChain.h"
+#include "ZtAllocFail.h"
+#include "ZtChain.h"
 #include "ZtCoreEx.h"
 
 using Zt::IMemory;
 using Zt::IMemoryAccess;
-using ZtTest::AllocKind;
-using ZtTest::ExpectBadAllocWhenFailing;
 using ZtTest::ExpectRaise;
-using ZtTest::ExpectRaiseWhenFailing;
 using Values = std::vector<long long>;
 
 namespace {
@@ -227,27 +224,6 @@ TYPED_TEST(NumericArray, LengthsBeyondTheVectorPassThroughAsLengthError) {
   EXPECT_EQ(array.Length(), 0u);  // New empties before it grows
 }
 
-TYPED_TEST(NumericArray, NewAndResizeRaiseOutOfMemoryAndTheRestPassesBadAlloc) {
-  using A = typename TypeParam::Array;
-  using T = typename TypeParam::Elem;
-  const std::string what = std::bad_alloc().what();
-  A array(2, T(5));
-  ExpectRaiseWhenFailing(AllocKind::New, 1, [&] { array.Resize(1000); },
-                         {this->BaseFailure(what, "Resize", true)});
-  EXPECT_EQ(Contents(array), (Values{5, 5}));
-  ExpectRaiseWhenFailing(AllocKind::New, 1, [&] { array.New(1000); },
-                         {this->BaseFailure(what, "New", true)});
-  EXPECT_EQ(array.Length(), 0u);  // emptied before the failed growth
-  // A length constructor reports its New; the implementation object itself
-  // and copies of vectors fail with the standard exception.
-  ExpectRaiseWhenFailing(AllocKind::New, 2, [] { A made(10); },
-                         {this->BaseFailure(what, "New", true)});
-  ExpectBadAllocWhenFailing(AllocKind::New, 1, [] { A made(10); });
-  const A source(10);
-  ExpectBadAllocWhenFailing(AllocKind::New, 2, [&] { A copy(source); });
-  ExpectBadAllocWhenFailing(AllocKind::New, 1, [&] { array = source; });
-}
-
 TEST(NumericArrays, CopyFromComparesWidthsNotTypes) {
   Zt::CZtArrayUInt source(2, 0xFFFFFFFFu);
   Zt::CZtArrayInt target;
@@ -370,23 +346,6 @@ TYPED_TEST(TwoDimensionalArray, LengthsBeyondTheVectorPassThroughAsLengthError) 
   EXPECT_THROW(resized.Resize(~0ull, 2), std::length_error);
   A renewed = Counting2D<TypeParam>(2, 2);
   EXPECT_THROW(renewed.New(~0ull / 2, 1), std::length_error);
-}
-
-TYPED_TEST(TwoDimensionalArray, OnlyResizeConvertsBadAlloc) {
-  using A = typename TypeParam::Array;
-  A array(2, 2);
-  ExpectRaiseWhenFailing(AllocKind::New, 1, [&] { array.Resize(3, 3); },
-                         {{std::string("Error resizing matrix:") + std::bad_alloc().what(),
-                           std::string("Zt::CZtMatrix<") + TypeParam::Type + ">::Resize",
-                           "source\\zt.core.math\\ZtMatrix", true}});
-  EXPECT_EQ(ShapeOf(array), (Values{0, 0}));  // the storage stays
-  EXPECT_TRUE(array.IsValid());
-  const A source(2, 2);
-  A target(1, 1);
-  ExpectBadAllocWhenFailing(AllocKind::New, 1, [&] { target.CopyFrom(&source); });
-  for (unsigned long long nth : {1ull, 2ull, 3ull}) {  // wrapper, implementation, storage
-    ExpectBadAllocWhenFailing(AllocKind::New, nth, [] { A made(3, 3); });
-  }
 }
 
 TEST(TwoDimensionalArrays, CopyFromRefusesAnotherElementWidth) {

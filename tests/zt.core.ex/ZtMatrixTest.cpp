@@ -1,20 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <new>
-#include <string>
 #include <vector>
 
-#include "ZtAllocFailChain.h"
 #include "ZtMatrix.h"
 
 using Zt::CZtMatrix;
-using ZtTest::AllocKind;
-using ZtTest::ExpectRaise;
 using Shape = std::vector<int>;
 
 namespace {
-
-const char* const kMatrixFile = "source\\zt.core.math\\ZtMatrix";
 
 // Rows, columns, then the elements in linear order.
 template <class M>
@@ -94,26 +87,6 @@ TEST(CZtMatrix, CopyFromTakesExtentsAndBytesAlsoFromItselfAndFromNothing) {
   EXPECT_EQ(ShapeOf(target), (Shape{2, 3, 1, 2, 3, 4, 5, 6}));
   target.CopyFrom(&empty);
   EXPECT_EQ(ShapeOf(target), (Shape{0, 0}));
-}
-
-TEST(CZtMatrix, AFailedResizeZeroesTheExtentsAndKeepsTheStorage) {
-  const std::string message = std::string("Error resizing matrix:") + std::bad_alloc().what();
-  for (unsigned long long rows : {2ull, 0ull}) {  // a rearranging resize, a resize from 0 by 3
-    CZtMatrix<int> m;
-    Count(m, rows, 3);
-    const void* storage = m.GetPointer();
-    ZtTest::ExpectRaiseWhenFailing(AllocKind::New, 1, [&] { m.Resize(30, 30); },
-                                   {{message, "Zt::CZtMatrix<int>::Resize", kMatrixFile, true}});
-    EXPECT_EQ(ShapeOf(m), (Shape{0, 0}));
-    EXPECT_EQ(m.GetPointer(), storage);
-  }
-  // New stores the extents, then lets the vector's failure pass unconverted.
-  CZtMatrix<int> m;
-  Count(m, 1, 2);
-  const void* storage = m.GetPointer();
-  ZtTest::ExpectBadAllocWhenFailing(AllocKind::New, 1, [&] { m.New(30, 30); });
-  EXPECT_EQ(m.Rows(), 30u);
-  EXPECT_EQ(m.GetPointer(), storage);
 }
 
 }  // namespace

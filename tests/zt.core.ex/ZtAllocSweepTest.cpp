@@ -1,0 +1,981 @@
+// Exhausted memory at every allocation of every operation that allocates.
+//
+// Each row of a table names one operation with the objects it works on. The
+// sweep first runs it with nothing failing and counts its allocations of each
+// kind (malloc, realloc, operator new), then runs it again once for each k
+// with the k-th allocation of one kind failing, and compares what arrives
+// (a return value, a chain of exceptions or the standard std::bad_alloc) and
+// how many heap blocks were left behind once every object of the row is gone.
+// The row checks the state of its objects itself.
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <functional>
+#include <new>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "ZtAllocFail.h"
+#include "ZtChain.h"
+#include "ZtCoreEx.h"
+#include "ZtParMap.h"
+
+using Zt::CZtString;
+using ZtTest::AllocKind;
+using ZtTest::Link;
+using Links = std::vector<Link>;
+
+namespace {
+
+// --- What one run gives ------------------------------------------------------
+
+struct Outcome {
+  enum What { Returned, Raised, BadAlloc, Other };
+  What what = Returned;
+  bool result = true;  // what a bool operation returned; true for the others
+  Links chain;         // when Raised
+  long long leaked = 0;
+};
+
+bool operator==(const Outcome& a, const Outcome& b) {
+  return a.what == b.what && a.result == b.result && a.chain == b.chain && a.leaked == b.leaked;
+}
+
+void PrintTo(const Outcome& o, std::ostream* out) {
+  const char* const whats[] = {"returned", "raised", "std::bad_alloc", "another exception"};
+  *out << whats[o.what];
+  if (o.what == Outcome::Returned) {
+    *out << (o.result ? " true" : " false");
+  }
+  for (const Link& link : o.chain) {
+    *out << "\n    ";
+    ZtTest::PrintTo(link, out);
+  }
+  *out << "\n    leaving " << o.leaked << " blocks";
+}
+
+Outcome Done(bool result = true, long long leaked = 0) {
+  return {Outcome::Returned, result, {}, leaked};
+}
+Outcome BadAlloc(long long leaked = 0) { return {Outcome::BadAlloc, true, {}, leaked}; }
+Outcome Raise(Links chain, long long leaked = 0) {
+  return {Outcome::Raised, true, std::move(chain), leaked};
+}
+
+const AllocKind kKinds[] = {AllocKind::Malloc, AllocKind::Realloc, AllocKind::New};
+const char* KindName(AllocKind kind) {
+  return kind == AllocKind::Malloc ? "malloc" : kind == AllocKind::Realloc ? "realloc" : "new";
+}
+
+// One run of a row's operation: counting only, or with one allocation failing.
+class Attempt {
+public:
+  Attempt() = default;
+  Attempt(AllocKind kind, unsigned long long nth) : m_Kind(kind), m_Nth(nth) {}
+
+  // Runs `op` once with the failure armed, and records how it ended.
+  template <class Op>
+  void operator()(Op&& op) {
+    std::optional<ZtTest::ZtAllocFail> failure;
+    const auto stop = [&] {
+      // The failure ends before the outcome is recorded, whose own
+      // allocations must neither fail nor count.
+      m_Fired = failure->Fired();
+      for (AllocKind kind : kKinds) {
+        m_Calls[static_cast<int>(kind)] = failure->Calls(kind);
+      }
+      failure.reset();
+    };
+    if (m_Nth == 0) {
+      failure.emplace();
+    } else {
+      failure.emplace(m_Kind, m_Nth);
+    }
+    try {
+      if constexpr (std::is_void_v<decltype(op())>) {
+        op();
+        stop();
+      } else {
+        const bool result = op();
+        stop();
+        m_Outcome.result = result;
+      }
+    } catch (Zt::CZtException& e) {
+      stop();
+      const long long before = ZtTest::LiveBlocks();
+      m_Outcome.what = Outcome::Raised;
+      m_Outcome.chain = ZtTest::LinksOf(e);
+      m_OwnBlocks = ZtTest::LiveBlocks() - before;
+    } catch (std::bad_alloc&) {
+      stop();
+      m_Outcome.what = Outcome::BadAlloc;
+    } catch (...) {
+      stop();
+      m_Outcome.what = Outcome::Other;
+    }
+  }
+
+  // Whether the injected failure happened.
+  bool Failed() const { return m_Fired; }
+  unsigned long long Calls(AllocKind kind) const { return m_Calls[static_cast<int>(kind)]; }
+  const Outcome& Result() const { return m_Outcome; }
+  // Blocks that the recorded chain holds.
+  long long OwnBlocks() const { return m_OwnBlocks; }
+
+private:
+  AllocKind m_Kind = AllocKind::New;
+  unsigned long long m_Nth = 0;  // 0: counting only
+  bool m_Fired = false;
+  unsigned long long m_Calls[3] = {};
+  Outcome m_Outcome;
+  long long m_OwnBlocks = 0;
+};
+
+struct Row {
+  std::string name;
+  // Builds the objects, runs the operation through the attempt exactly once
+  // and checks the objects afterwards.
+  std::function<void(Attempt&)> run;
+  // The outcome when the k-th of `calls` allocations of `kind` fails.
+  std::function<Outcome(AllocKind kind, unsigned long long k, unsigned long long calls)> failing;
+  // The outcome with nothing failing.
+  Outcome clean = Done();
+  // Whether the operation leaves blocks behind by contract; its runs are
+  // then hidden from a sanitizer's leak checker, and the count of blocks is
+  // the check.
+  bool leaks = false;
+};
+
+unsigned long long g_Points = 0;
+
+Outcome Measure(const Row& row, Attempt& attempt) {
+  std::optional<ZtTest::ZtExpectedLeak> hidden;
+  if (row.leaks) {
+    hidden.emplace();
+  }
+  const long long before = ZtTest::LiveBlocks();
+  row.run(attempt);
+  const long long leaked = ZtTest::LiveBlocks() - before - attempt.OwnBlocks();
+  Outcome outcome = attempt.Result();
+  outcome.leaked = leaked;
+  return outcome;
+}
+
+void Sweep(const std::vector<Row>& rows) {
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    Attempt counting;
+    EXPECT_EQ(Measure(row, counting), row.clean) << "with nothing failing";
+    for (AllocKind kind : kKinds) {
+      const unsigned long long calls = counting.Calls(kind);
+      for (unsigned long long k = 1; k <= calls + 1; ++k) {
+        Attempt attempt(kind, k);
+        const Outcome outcome = Measure(row, attempt);
+        const std::string where = std::string(KindName(kind)) + " " + std::to_string(k) + " of " +
+                                  std::to_string(calls);
+        if (k > calls) {
+          EXPECT_FALSE(attempt.Failed()) << where << ": more allocations than counted";
+          EXPECT_EQ(outcome, row.clean) << where;
+          break;
+        }
+        ASSERT_TRUE(attempt.Failed()) << where << ": fewer allocations than counted";
+        ++g_Points;
+        EXPECT_EQ(outcome, row.failing(kind, k, calls)) << where;
+      }
+    }
+  }
+}
+
+// Prints the number of failure points once, after every sweep.
+class PointReport : public ::testing::Environment {
+public:
+  void TearDown() override {
+    std::printf("allocation-failure points: %llu\n", g_Points);
+  }
+};
+[[maybe_unused]] const auto* const kPointReport =
+    ::testing::AddGlobalTestEnvironment(new PointReport);
+
+// Every failure a std::bad_alloc that leaves nothing behind.
+Outcome AnyBadAlloc(AllocKind, unsigned long long, unsigned long long) { return BadAlloc(); }
+
+const std::string kWhat = std::bad_alloc().what();
+
+// --- Numeric arrays ------------------------------------------------------------
+
+template <class A>
+std::vector<long long> Contents(const A& array) {
+  std::vector<long long> values;
+  for (unsigned long long i = 0; i < array.Length(); ++i) {
+    values.push_back(static_cast<long long>(array[i]));
+  }
+  return values;
+}
+
+// The rows of one numeric array class; `type` is its element type as
+// failures spell it.
+template <class A, class T>
+void AddNumericRows(std::vector<Row>& rows, const std::string& type) {
+  const auto base = [type](const char* member) {
+    return Links{{kWhat, "Zt::CZtArrayBase<" + type + ">::" + member,
+                  "source\\zt.core.ex\\ZtArrayBase", true}};
+  };
+  // The implementation object is not guarded, its vector is.
+  const auto made = [base](AllocKind, unsigned long long k, unsigned long long calls) {
+    return k == calls ? Raise(base("New")) : BadAlloc();
+  };
+  const auto resized = [base](AllocKind, unsigned long long, unsigned long long) {
+    return Raise(base("Resize"));
+  };
+  const std::vector<long long> kept{5, 5};
+  const std::string prefix = "CZtArrayBase<" + type + ">: ";
+  rows.push_back({prefix + "default constructor", [](Attempt& at) { at([] { A a; }); },
+                  AnyBadAlloc});
+  rows.push_back({prefix + "length constructor", [](Attempt& at) { at([] { A a(10); }); }, made});
+  rows.push_back(
+      {prefix + "fill constructor", [](Attempt& at) { at([] { A a(10, T(1)); }); }, made});
+  rows.push_back({prefix + "copy constructor",
+                  [](Attempt& at) {
+                    const A source(10);
+                    at([&] { A a(source); });
+                  },
+                  AnyBadAlloc});
+  rows.push_back({prefix + "assignment",
+                  [kept](Attempt& at) {
+                    A array(2, T(5));
+                    const A source(10);
+                    at([&] { array = source; });
+                    EXPECT_EQ(Contents(array), at.Failed() ? kept : Contents(source));
+                  },
+                  AnyBadAlloc});
+  rows.push_back({prefix + "New",
+                  [](Attempt& at) {
+                    A array(2, T(5));
+                    at([&] { array.New(1000); });
+                    EXPECT_EQ(array.Length(), at.Failed() ? 0u : 1000u);  // emptied first
+                  },
+                  [base](AllocKind, unsigned long long, unsigned long long) {
+                    return Raise(base("New"));
+                  }});
+  rows.push_back({prefix + "Resize",
+                  [kept](Attempt& at) {
+                    A array(2, T(5));
+                    at([&] { array.Resize(1000); });
+                    if (at.Failed()) {
+                      EXPECT_EQ(Contents(array), kept);
+                    } else {
+                      EXPECT_EQ(array.Length(), 1000u);
+                    }
+                  },
+                  resized});
+  rows.push_back({prefix + "CopyFrom",
+                  [](Attempt& at) {
+                    A array(2, T(5));
+                    const A source(1000);
+                    at([&] { array.CopyFrom(&source); });
+                    EXPECT_EQ(array.Length(), at.Failed() ? 2u : 1000u);
+                  },
+                  resized});
+}
+
+TEST(AllocationSweep, NumericArrays) {
+  std::vector<Row> rows;
+  AddNumericRows<Zt::CZtArrayDouble, double>(rows, "double");
+  AddNumericRows<Zt::CZtArrayInt, int>(rows, "int");
+  AddNumericRows<Zt::CZtArrayUChar, unsigned char>(rows, "unsigned char");
+  AddNumericRows<Zt::CZtArrayUInt, unsigned int>(rows, "unsigned int");
+  AddNumericRows<Zt::CZtArrayUShort, unsigned short>(rows, "unsigned short");
+  Sweep(rows);
+}
+
+// --- String arrays -------------------------------------------------------------
+
+using Zt::CZtArrayString;
+
+const char* const kMemBase = "ZtMemBase";
+const char* const kMemObj = "source\\zt.core.development\\ZtMemObj";
+const char* const kStringArray = "ZtArrayString";
+const std::string kObjects = "Zt::CZtMemObj<class Zt::CZtString>::";
+
+Link SizeTo(unsigned long long n) {
+  return {"Error setting memory size to " + std::to_string(n) + " elements", kObjects + "Resize",
+          kMemObj};
+}
+const Link kMemResize{"Error setting memory size: ", "Zt::CZtMemBase::Resize", kMemBase};
+const Link kCopying{"Error Copying Array", "Zt::CZtArrayString::operator =", kStringArray};
+const Link kResizing{"Error resizing Array", "Zt::CZtArrayString::Resize", kStringArray};
+
+Links Join(Links head, const Links& tail) {
+  head.insert(head.end(), tail.begin(), tail.end());
+  return head;
+}
+
+// A block of n empty strings made anew, by kind and by k counted from its
+// own first allocation: the block object, the pointer block, its growth
+// beyond the first four pointers, then one string object at a time. The
+// strings made before a failing one stay allocated for good.
+Outcome MakingStrings(Links head, unsigned long long n, AllocKind kind, unsigned long long k) {
+  if (kind == AllocKind::Malloc) {
+    return Raise(Join(head, {{"Error creating memory object", "Zt::CZtMemBase::CZtMemBase",
+                              kMemBase},
+                             kMemResize,
+                             {"malloc failed", "Zt::CZtMemBase::Alloc", kMemBase}}));
+  }
+  if (kind == AllocKind::Realloc) {
+    return Raise(Join(head, {SizeTo(n), kMemResize,
+                             {"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase}}));
+  }
+  if (k == 1) {
+    return Raise(Join(head, {{kWhat, "Zt::CZtArrayString::New", kStringArray, true}}));
+  }
+  return Raise(Join(head, {SizeTo(n), {kWhat, kObjects + "InitElements", kMemObj}}),
+               static_cast<long long>(k - 2));
+}
+
+// Texts too long to be kept inside a string object, so that copying one
+// allocates.
+const char* const kLong1 = "a text long enough to need a block";
+const char* const kLong2 = "another text that needs a block too";
+
+// Two long texts copied into an array: the block is made anew, then each
+// text's copy allocates and fails as std::bad_alloc.
+Outcome CopyingLongTexts(AllocKind kind, unsigned long long k, unsigned long long calls) {
+  return kind == AllocKind::New && k > calls - 2 ? BadAlloc()
+                                                 : MakingStrings({kCopying}, 2, kind, k);
+}
+
+CZtArrayString Texts(std::vector<const char*> texts) {
+  CZtArrayString array(texts.size());
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    array[i] = texts[i];
+  }
+  return array;
+}
+
+TEST(AllocationSweep, StringArrays) {
+  // Counts of allocations of each kind before the block is made, for the
+  // rows where other allocations come first.
+  const auto after = [](unsigned long long n) {
+    return [n](AllocKind kind, unsigned long long k, unsigned long long calls) {
+      const unsigned long long first = kind == AllocKind::New ? calls - n : 1;
+      return k < first ? BadAlloc() : MakingStrings({}, n, kind, k - first + 1);
+    };
+  };
+  const std::vector<Row> rows{
+      {"default constructor", [](Attempt& at) { at([] { CZtArrayString a; }); },
+       [](AllocKind kind, unsigned long long k, unsigned long long) {
+         return MakingStrings({}, 0, kind, k);
+       }},
+      {"length constructor", [](Attempt& at) { at([] { CZtArrayString a(6); }); },
+       [](AllocKind kind, unsigned long long k, unsigned long long) {
+         return MakingStrings({}, 6, kind, k);
+       },
+       Done(), true},
+      // The fields are gathered first, with allocations of the standard
+      // library's own that pass as std::bad_alloc.
+      {"splitting constructor",
+       [](Attempt& at) {
+         const CZtString text("a,b,,c");
+         at([&] { CZtArrayString a(text, ','); });
+       },
+       after(4), Done(), true},
+      {"New",
+       [](Attempt& at) {
+         CZtArrayString array(2);
+         at([&] { array.New(6); });
+         EXPECT_EQ(array.IsValid(), !at.Failed());
+       },
+       [](AllocKind kind, unsigned long long k, unsigned long long) {
+         return MakingStrings({}, 6, kind, k);
+       },
+       Done(), true},
+      {"Resize",
+       [](Attempt& at) {
+         CZtArrayString array = Texts({"x", "y", "z"});
+         const CZtString* kept = &array[2];
+         at([&] { array.Resize(9); });
+         // A failure while the strings are made leaves the new length.
+         const Links& chain = at.Result().chain;
+         const bool same = !chain.empty() && chain.back().message == "realloc failed";
+         EXPECT_EQ(array.Length(), same ? 3u : 9u);
+         EXPECT_EQ(&array[2], kept);
+         EXPECT_STREQ(array[2].ToCString(), "z");
+       },
+       [](AllocKind kind, unsigned long long k, unsigned long long) {
+         if (kind == AllocKind::Realloc) {
+           return Raise({kResizing, SizeTo(9), kMemResize,
+                         {"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase}});
+         }
+         return Raise({kResizing, SizeTo(9), {kWhat, kObjects + "InitElements", kMemObj}},
+                      static_cast<long long>(k - 1));
+       },
+       Done(), true},
+      {"assignment",
+       [](Attempt& at) {
+         CZtArrayString array(2);
+         const CZtArrayString source = Texts({"a", "b", "c", "d", "e", "f"});
+         at([&] { array = source; });
+         EXPECT_EQ(array.IsValid(), !at.Failed());
+       },
+       [](AllocKind kind, unsigned long long k, unsigned long long) {
+         return MakingStrings({kCopying}, 6, kind, k);
+       },
+       Done(), true},
+      {"copy constructor",
+       [](Attempt& at) {
+         const CZtArrayString source = Texts({"a", "b"});
+         at([&] { CZtArrayString a(source); });
+       },
+       [](AllocKind kind, unsigned long long k, unsigned long long) {
+         return MakingStrings({kCopying}, 2, kind, k);
+       },
+       Done(), true},
+      // Copies of texts that allocate come after the block is made.
+      {"assignment of long texts",
+       [](Attempt& at) {
+         CZtArrayString array(1);
+         const CZtArrayString source = Texts({kLong1, kLong2});
+         at([&] { array = source; });
+         EXPECT_EQ(array.IsValid(), !at.Failed() || at.Result().what == Outcome::BadAlloc);
+       },
+       CopyingLongTexts,
+       Done(), true},
+      // An invalid array: the failure's own allocations fail.
+      {"Resize of an invalid array",
+       [](Attempt& at) {
+         CZtArrayString array;
+         array.Delete();
+         at([&] { array.Resize(2); });
+       },
+       AnyBadAlloc,
+       Raise({kResizing,
+              {"Nullptr --> Array Data Invalid", "Zt::CZtArrayString::Resize", kStringArray}})},
+  };
+  Sweep(rows);
+}
+
+// A string array whose constructor fails after it has made its block, while
+// it copies the texts, leaves the block and its strings allocated: the
+// copying constructor and the splitting one both raise past an object that
+// never finishes its construction. Enable when they release their block.
+TEST(AllocationSweep, DISABLED_StringArrayConstructorsReleaseTheirBlock) {
+  const std::vector<Row> rows{
+      // Texts that allocate, copied into a block that the constructor has
+      // already made: the failure leaves the constructor.
+      {"copy constructor of long texts",
+       [](Attempt& at) {
+         const CZtArrayString source = Texts({kLong1, kLong2});
+         at([&] { CZtArrayString a(source); });
+       },
+       CopyingLongTexts,
+       Done(), true},
+      {"splitting constructor of long fields",
+       [](Attempt& at) {
+         const CZtString text = CZtString(kLong1) + "," + kLong2;
+         std::optional<CZtArrayString> split;
+         at([&] { split.emplace(text, ','); });
+         if (at.Result().what == Outcome::Returned) {
+           const unsigned long long fields = split->Length();
+           ASSERT_LE(fields, 2u);
+           EXPECT_EQ(fields == 2u, !at.Failed());
+           for (unsigned long long i = 0; i < fields; ++i) {
+             EXPECT_STREQ((*split)[i].ToCString(), i == 0 ? kLong1 : kLong2);
+           }
+         }
+       },
+       [](AllocKind kind, unsigned long long k, unsigned long long calls) {
+         const unsigned long long made = kind == AllocKind::New ? calls - 4 : 1;
+         // The stream takes a failure inside getline, where each field
+         // grows (the third and the sixth allocation), for the end of the
+         // text: the array holds the fields read until then.
+         if (kind == AllocKind::New && (k == 3 || k == 6)) {
+           return Done();
+         }
+         if (k < made || (kind == AllocKind::New && k > calls - 2)) {
+           return BadAlloc();
+         }
+         return MakingStrings({}, 2, kind, k - made + 1);
+       },
+       Done(), true},
+  };
+  Sweep(rows);
+}
+
+// --- Two-dimensional arrays ----------------------------------------------------
+
+template <class A>
+std::vector<unsigned long long> Shape(const A& array) {
+  unsigned long long rows = 0, columns = 0;
+  array.GetSize(rows, columns);
+  return {rows, columns};
+}
+
+template <class A, class T>
+void Add2DRows(std::vector<Row>& rows, const std::string& type) {
+  using Shape2 = std::vector<unsigned long long>;
+  const std::string prefix = "CZtMatrix<" + type + ">: ";
+  rows.push_back({prefix + "default constructor", [](Attempt& at) { at([] { A a; }); },
+                  AnyBadAlloc});
+  rows.push_back({prefix + "size constructor", [](Attempt& at) { at([] { A a(3, 3); }); },
+                  AnyBadAlloc});
+  // The copy replaces its first matrix, which stays allocated.
+  rows.push_back({prefix + "copy constructor",
+                  [](Attempt& at) {
+                    const A source(2, 3);
+                    at([&] { A a(source); });
+                  },
+                  [](AllocKind, unsigned long long k, unsigned long long calls) {
+                    return BadAlloc(k == calls ? 1 : 0);
+                  },
+                  Done(true, 1), true});
+  // So does the assignment, with the storage of the replaced matrix.
+  rows.push_back({prefix + "assignment",
+                  [](Attempt& at) {
+                    A array(2, 2);
+                    array(1, 1) = T(7);
+                    const A source(2, 3);
+                    at([&] { array = source; });
+                    if (at.Failed() && Shape(array) == Shape2{2, 2}) {
+                      EXPECT_EQ(array(1, 1), T(7));  // the new matrix was not had
+                    } else {
+                      EXPECT_EQ(Shape(array), (Shape2{2, 3}));
+                      EXPECT_EQ(array.IsValid(), !at.Failed());
+                    }
+                  },
+                  [](AllocKind, unsigned long long k, unsigned long long calls) {
+                    return BadAlloc(k == calls ? 2 : 0);
+                  },
+                  Done(true, 2), true});
+  // Resize rearranges the elements of a matrix that has some, and sizes the
+  // storage of one that has none; either way the extents are gone after a
+  // failure and the storage stays.
+  const auto resized = [type](AllocKind, unsigned long long, unsigned long long) {
+    return Raise({{"Error resizing matrix:" + kWhat, "Zt::CZtMatrix<" + type + ">::Resize",
+                   "source\\zt.core.math\\ZtMatrix", true}});
+  };
+  for (unsigned long long from : {2ull, 0ull}) {
+    rows.push_back({prefix + "Resize from " + std::to_string(from) + " by 3",
+                    [from](Attempt& at) {
+                      A array(from, 3);
+                      const void* storage = array.GetDataPtr();
+                      at([&] { array.Resize(30, 30); });
+                      if (at.Failed()) {
+                        EXPECT_EQ(Shape(array), (Shape2{0, 0}));
+                        EXPECT_EQ(array.GetDataPtr(), storage);
+                      }
+                    },
+                    resized});
+  }
+  // New and CopyFrom store the new extents before the storage fails.
+  rows.push_back({prefix + "New",
+                  [](Attempt& at) {
+                    A array(1, 2);
+                    const void* storage = array.GetDataPtr();
+                    at([&] { array.New(30, 30); });
+                    EXPECT_EQ(Shape(array), (Shape2{30, 30}));
+                    EXPECT_EQ(array.GetDataPtr() == storage, at.Failed());
+                  },
+                  AnyBadAlloc});
+  rows.push_back({prefix + "CopyFrom",
+                  [](Attempt& at) {
+                    A array(1, 2);
+                    const A source(30, 30);
+                    const void* storage = array.GetDataPtr();
+                    at([&] { array.CopyFrom(&source); });
+                    EXPECT_EQ(Shape(array), (Shape2{30, 30}));
+                    EXPECT_EQ(array.GetDataPtr() == storage, at.Failed());
+                  },
+                  AnyBadAlloc});
+}
+
+TEST(AllocationSweep, TwoDimensionalArrays) {
+  std::vector<Row> rows;
+  Add2DRows<Zt::CZtArray2DDouble, double>(rows, "double");
+  Add2DRows<Zt::CZtArray2DInt, int>(rows, "int");
+  Sweep(rows);
+}
+
+// --- Images --------------------------------------------------------------------
+
+using Zt::CZtImage;
+using Zt::CZtImageFormat;
+using Zt::EDataType;
+using Zt::EPixelType;
+
+// An image after its block could not be had: empty, with a zero format.
+void ExpectEmpty(const Zt::IImage& image) {
+  int width = -1, height = -1;
+  EPixelType::ID pixelType{};
+  EDataType::ID dataType{};
+  image.GetSize(width, height);
+  image.GetType(pixelType, dataType);
+  EXPECT_FALSE(image.IsValid());
+  EXPECT_EQ(width, 0);
+  EXPECT_EQ(height, 0);
+  EXPECT_EQ(pixelType, EPixelType::ID{});
+  EXPECT_EQ(dataType, EDataType::ID{});
+}
+
+TEST(AllocationSweep, Images) {
+  const CZtImageFormat format(5, 3, EPixelType::RGB, EDataType::UShort);
+  const auto source = [&] {
+    CZtImage image(format);
+    image.SetZero();
+    return image;
+  };
+  // A valid image, replaced by the operation.
+  const auto replacing = [&](std::function<bool(CZtImage&, const CZtImage&)> op) {
+    return [op, source](Attempt& at) {
+      CZtImage image(CZtImageFormat(2, 2, EPixelType::Lum, EDataType::UByte));
+      const CZtImage from = source();
+      at([&] { return op(image, from); });
+      if (at.Failed()) {
+        ExpectEmpty(image);
+      } else {
+        EXPECT_TRUE(image.IsValid());
+      }
+    };
+  };
+  const auto refused = [](AllocKind, unsigned long long, unsigned long long) {
+    return Done(false);
+  };
+  const auto silent = [](AllocKind, unsigned long long, unsigned long long) { return Done(); };
+  std::vector<unsigned char> pixels(format.GetByteCount());
+  const std::vector<Row> rows{
+      {"Create with sizes and types", replacing([&](CZtImage& image, const CZtImage&) {
+         return image.Create(5, 3, EPixelType::RGB, EDataType::UShort);
+       }),
+       refused},
+      {"Create with data", replacing([&](CZtImage& image, const CZtImage&) {
+         return image.Create(5, 3, EPixelType::RGB, EDataType::UShort, pixels.data());
+       }),
+       refused},
+      {"Create from an IImage", replacing([](CZtImage& image, const CZtImage& from) {
+         Zt::CZtImageMoniker view;
+         view.Create(from);
+         return image.Create(static_cast<const Zt::IImage*>(&view));
+       }),
+       refused},
+      {"Create from an image",
+       replacing([](CZtImage& image, const CZtImage& from) { return image.Create(from); }),
+       refused},
+      {"Create from a format",
+       replacing([&](CZtImage& image, const CZtImage&) { return image.Create(format); }),
+       refused},
+      {"assignment", replacing([](CZtImage& image, const CZtImage& from) {
+         image = from;
+         return true;
+       }),
+       silent},
+      {"copy constructor",
+       [&](Attempt& at) {
+         const CZtImage from = source();
+         std::optional<CZtImage> copy;
+         at([&] { copy.emplace(from); });
+         EXPECT_EQ(copy->IsValid(), !at.Failed());
+       },
+       silent},
+      {"format constructor",
+       [&](Attempt& at) {
+         std::optional<CZtImage> made;
+         at([&] { made.emplace(format); });
+         EXPECT_EQ(made->IsValid(), !at.Failed());
+       },
+       silent},
+      {"ConvertType", replacing([](CZtImage& image, const CZtImage& from) {
+         return from.ConvertType(image, EPixelType::RGBA, EDataType::Float);
+       }),
+       refused},
+      {"ConvertType of two images", replacing([](CZtImage& image, const CZtImage& from) {
+         return CZtImage::ConvertType(&image, &from, EPixelType::Lum, EDataType::Double, true);
+       }),
+       refused},
+      // Into memory that is there already: nothing to allocate.
+      {"ConvertType into a view",
+       [&](Attempt& at) {
+         const CZtImage from = source();
+         std::vector<float> target(15);
+         Zt::CZtImageMoniker view;
+         view.Create(5, 3, EPixelType::Lum, EDataType::Float, target.data());
+         at([&] { return CZtImage::ConvertType(&view, &from, EPixelType::Lum, EDataType::Float,
+                                               false); });
+       },
+       refused},
+      {"ConvertMemory",
+       [&](Attempt& at) {
+         std::vector<double> target(15);
+         at([&] {
+           return CZtImage::ConvertMemory(target.data(), pixels.data(),
+                                          CZtImageFormat(5, 3, EPixelType::Lum, EDataType::Double),
+                                          format);
+         });
+       },
+       refused},
+      // The view's raising forms: only the failure's own allocations.
+      {"view Create from an empty image",
+       [](Attempt& at) {
+         const CZtImage empty;
+         Zt::CZtImageMoniker view;
+         at([&] { view.Create(empty); });
+       },
+       AnyBadAlloc,
+       Raise({{"Error creating CZtImageMoniker", "Zt::CZtImageMoniker::Create", "ZtImageMoniker"}})},
+  };
+  Sweep(rows);
+}
+
+// --- Parameter map and metadata store ----------------------------------------------
+
+using Zt::CZtMetaData;
+using TParMap = Zt::CZtParMap<std::string, std::string>;
+using TEvent = Zt::CZtParEvent<std::string, std::string>;
+
+const std::string kMapInit =
+    "Zt::CZtParMap<class std::basic_string<char,struct std::char_traits<char>,class "
+    "std::allocator<char> >,class std::basic_string<char,struct std::char_traits<char>,class "
+    "std::allocator<char> > >::Init";
+const char* const kMapFile = "source\\zt.core.development\\ZtParMap";
+const Link kMapOutOfMemory{kWhat, kMapInit, kMapFile, true};
+
+// A new store: the map object first, bare when it fails; then its seven
+// tables, each reported inside "Error initializing meta-data" with the map
+// object left allocated.
+Outcome Constructing(unsigned long long k) {
+  if (k == 1) {
+    return Raise({{kWhat, "Zt::CZtMetaData::Init", "ZtMetaData", true}});
+  }
+  return Raise({{"Error initializing meta-data", "Zt::CZtMetaData::Init", "ZtMetaData"},
+                kMapOutOfMemory},
+               1);
+}
+
+// A handler that lets every read and write pass.
+class AcceptingEvent final : public TEvent {
+public:
+  void OnRead(TParMap*, const std::string*) override {}
+  void OnWrite(TParMap*, const std::string*) override {}
+};
+
+TEST(AllocationSweep, ParameterMap) {
+  const std::string key(40, 'k');  // long enough to live on the heap
+  const std::vector<CZtString> oldList{kLong1, "b"};
+  const std::vector<CZtString> newList{kLong2, "c", "d"};
+  // A string-array parameter with an event handler, with or without a record.
+  const auto prepare = [&](Zt::CZtSafePtrRepo<TEvent>& events, TParMap& map, bool withRecord) {
+    map.Init();
+    map.GetDirectory()[key].Assign(key, Zt::ParStringArray, "",
+                                   Zt::CZtSafePtr<Zt::Constraint::CAny>(),
+                                   Zt::CZtSafePtr<TEvent>(new AcceptingEvent, &events));
+    if (withRecord) {
+      map.GetValue<std::vector<CZtString>>(key).Value = oldList;
+    }
+  };
+  std::vector<Row> rows{
+      // A failed Init releases its tables and can run again.
+      {"Init",
+       [](Attempt& at) {
+         TParMap map;
+         at([&] { map.Init(); });
+         if (at.Failed()) {
+           map.Init();
+         }
+         EXPECT_FALSE(map.HasParameter("x"));
+       },
+       [](AllocKind, unsigned long long, unsigned long long) { return Raise({kMapOutOfMemory}); }},
+  };
+  for (bool withRecord : {false, true}) {
+    const std::string record = withRecord ? " of a parameter with a value" : " of a new parameter";
+    rows.push_back({"WriteParameter" + record,
+                    [&, withRecord](Attempt& at) {
+                      Zt::CZtSafePtrRepo<TEvent> events;
+                      TParMap map;
+                      prepare(events, map, withRecord);
+                      at([&] { return map.WriteParameter(key, newList); });
+                    },
+                    AnyBadAlloc});
+    rows.push_back({"ReadParameter" + record,
+                    [&, withRecord](Attempt& at) {
+                      Zt::CZtSafePtrRepo<TEvent> events;
+                      TParMap map;
+                      prepare(events, map, withRecord);
+                      std::vector<CZtString> value;
+                      at([&] { return map.ReadParameter(key, value); });
+                    },
+                    AnyBadAlloc});
+  }
+  Sweep(rows);
+}
+
+TEST(AllocationSweep, MetaData) {
+  const CZtString name("a name long enough to need a block of its own");
+  const CZtString text(kLong1);
+  const auto filled = [&] {
+    CZtMetaData store;
+    store.AddElement("u", "", 1u);
+    store.AddElement("d", "", 2.5);
+    store.AddElement("s", "", text);
+    store.AddElement(name, text, Texts({kLong1, kLong2}));
+    return store;
+  };
+  const Zt::CZtArrayUInt numbers(3, 7u);
+  const Zt::CZtArrayDouble reals(3, 0.5);
+  const CZtArrayString texts = Texts({kLong1, kLong2, "c"});
+  // An operation on a filled store.
+  const auto on = [&](std::function<void(CZtMetaData&)> op) {
+    return [op, filled](Attempt& at) {
+      CZtMetaData store = filled();
+      at([&] { op(store); });
+    };
+  };
+  const auto mismatch = [](const char* outer, bool writing, const char* given) {
+    Links chain{{outer, writing ? "Zt::CZtMetaData::SetElement" : "Zt::CZtMetaData::GetElement",
+                 "ZtMetaData"}};
+    const std::string member = writing ? "WriteParameter" : "ReadParameter";
+    const std::string function = kMapInit.substr(0, kMapInit.size() - 4) + member;
+    if (writing) {
+      chain.push_back({"Error writing parameter", function, kMapFile});
+    }
+    chain.push_back({std::string("Wrong type for parameter; Expected type 'unsigned' differs from '") +
+                         given + "'",
+                     function, kMapFile, false, "Zt.ParInvalidTypeException"});
+    return Raise(chain);
+  };
+  const std::vector<Row> rows{
+      {"constructor", [](Attempt& at) { at([] { CZtMetaData store; }); },
+       [](AllocKind, unsigned long long k, unsigned long long) { return Constructing(k); },
+       Done(), true},
+      // A copy builds its own store, guarded, then copies, unguarded.
+      {"copy constructor",
+       [&](Attempt& at) {
+         const CZtMetaData source = filled();
+         at([&] { CZtMetaData copy(source); });
+       },
+       [](AllocKind, unsigned long long k, unsigned long long) {
+         return k <= 8 ? Constructing(k) : BadAlloc();
+       },
+       Done(), true},
+      {"assignment",
+       [&](Attempt& at) {
+         CZtMetaData store;
+         store.AddElement("x", "", 1u);
+         const CZtMetaData source = filled();
+         at([&] { store = source; });
+       },
+       AnyBadAlloc},
+      {"AddElement unsigned int", on([&](CZtMetaData& s) { s.AddElement(name + "2", text, 1u); }),
+       AnyBadAlloc},
+      {"AddElement double", on([&](CZtMetaData& s) { s.AddElement(name + "2", text, 1.5); }),
+       AnyBadAlloc},
+      {"AddElement text", on([&](CZtMetaData& s) { s.AddElement(name + "2", text, text); }),
+       AnyBadAlloc},
+      {"AddElement CZtArrayUInt",
+       on([&](CZtMetaData& s) { s.AddElement(name + "2", text, numbers); }), AnyBadAlloc},
+      {"AddElement CZtArrayDouble",
+       on([&](CZtMetaData& s) { s.AddElement(name + "2", text, reals); }), AnyBadAlloc},
+      {"AddElement CZtArrayString",
+       on([&](CZtMetaData& s) { s.AddElement(name + "2", text, texts); }), AnyBadAlloc},
+      {"SetElement unsigned int", on([](CZtMetaData& s) { s.SetElement("u", 3u); }), AnyBadAlloc},
+      {"SetElement double", on([](CZtMetaData& s) { s.SetElement("d", 3.5); }), AnyBadAlloc},
+      {"SetElement text", on([](CZtMetaData& s) { s.SetElement("s", CZtString(kLong2)); }),
+       AnyBadAlloc},
+      // An element added through an array form can't be written through it:
+      // the mismatch's own allocations fail as std::bad_alloc.
+      {"SetElement CZtArrayString", on([&](CZtMetaData& s) { s.SetElement("u", texts); }),
+       AnyBadAlloc, mismatch("Error setting element 'u'", true, "string[]")},
+      {"GetElement unsigned int",
+       on([&](CZtMetaData& s) {
+         unsigned int value = 0;
+         s.GetElement(name, value);  // an array element read as unsigned creates a record
+       }),
+       AnyBadAlloc},
+      {"GetElement text",
+       on([](CZtMetaData& s) {
+         CZtString value;
+         s.GetElement("s", value);
+       }),
+       AnyBadAlloc},
+      {"GetElement CZtArrayUInt",
+       on([](CZtMetaData& s) {
+         Zt::CZtArrayUInt value;
+         s.GetElement("u", value);
+       }),
+       AnyBadAlloc, mismatch("Error getting element 'u'", false, "unsigned[]")},
+      {"GetElement of an unknown name",
+       on([](CZtMetaData& s) {
+         double value = 0;
+         s.GetElement("x", value);
+       }),
+       AnyBadAlloc,
+       Raise({{"Error getting element 'x'", "Zt::CZtMetaData::GetElement", "ZtMetaData"},
+              {"Element 'x' doesn't exist in meta data", "Zt::CZtMetaData::GetElement",
+               "ZtMetaData"}})},
+      {"GetElementNameType",
+       on([](CZtMetaData& s) {
+         CZtString elementName, type;
+         s.GetElementNameType(0, elementName, type);
+       }),
+       AnyBadAlloc},
+      {"HasElement", on([&](CZtMetaData& s) { (void)s.HasElement(name); }), AnyBadAlloc},
+  };
+  Sweep(rows);
+}
+
+// --- Calibration records ---------------------------------------------------------
+
+TEST(AllocationSweep, CalibrationRecords) {
+  using Zt::CZtMetricCalibAddImageResult;
+  const auto source = [] {
+    CZtMetricCalibAddImageResult record;
+    record.m_aTexts = Texts({"a", "b"});
+    return record;
+  };
+  const std::vector<Row> rows{
+      // The message, the two numeric arrays' objects, then the string array.
+      {"default constructor", [](Attempt& at) { at([] { CZtMetricCalibAddImageResult r; }); },
+       [](AllocKind kind, unsigned long long k, unsigned long long) {
+         if (kind == AllocKind::New && k != 3) {
+           return BadAlloc();
+         }
+         return MakingStrings({}, 0, kind, kind == AllocKind::New ? 1 : k);
+       }},
+      {"copy constructor",
+       [&](Attempt& at) {
+         const CZtMetricCalibAddImageResult from = source();
+         at([&] { CZtMetricCalibAddImageResult r(from); });
+       },
+       [](AllocKind kind, unsigned long long k, unsigned long long) {
+         if (kind == AllocKind::New && k <= 3) {
+           return BadAlloc();
+         }
+         return MakingStrings({kCopying}, 2, kind, kind == AllocKind::New ? k - 3 : k);
+       },
+       Done(), true},
+      {"assignment",
+       [&](Attempt& at) {
+         CZtMetricCalibAddImageResult record;
+         const CZtMetricCalibAddImageResult from = source();
+         at([&] { record = from; });
+         EXPECT_EQ(record.m_aTexts.IsValid(), !at.Failed());
+       },
+       [](AllocKind kind, unsigned long long k, unsigned long long) {
+         return MakingStrings({kCopying}, 2, kind, k);
+       },
+       Done(), true},
+      {"result record copy",
+       [](Attempt& at) {
+         const Zt::CZtMetricCalibResult from;
+         at([&] {
+           Zt::CZtMetricCalibResult copy(from);
+           copy = from;
+         });
+       },
+       AnyBadAlloc},
+  };
+  Sweep(rows);
+}
+
+}  // namespace
