@@ -14,7 +14,7 @@ cd "$(dirname "$0")"
 
 # Debian packages the build and the tests need.
 PACKAGES=(cmake ninja-build g++ clang binutils libgtest-dev libgmock-dev libbenchmark-dev
-          pkgconf libpng-dev doxygen)
+          pkgconf libpng-dev doxygen valgrind)
 
 ensure_packages() {
   local missing=()
