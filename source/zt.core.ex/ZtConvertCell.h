@@ -7,10 +7,12 @@
 //
 // A cell selects raw samples by the layouts (which samples travel, where they
 // land) and converts each by the sample rule. Each cell is compiled twice:
-// once for the baseline instruction set and once, in functions of their own
-// marked for AVX-512, for processors that have it. Both give the same bits:
-// the sample rule uses only operations that vector lanes round exactly as
-// scalar code does, and moving samples is exact.
+// once for the baseline instruction set, where the compiler vectorises the
+// scalar rule of ZtSampleRule.h, and once, in functions of their own marked
+// for AVX-512, for processors that have it, where the rule is written out for
+// AVX-512 registers (ZtSampleRule512.h). Both give the same bits: every step
+// is an IEEE operation that vector lanes round exactly as scalar code does,
+// and moving samples is exact.
 //
 // Included only by ZtConvertCells.cpp, which instantiates the cells of one
 // target data type per translation unit.
