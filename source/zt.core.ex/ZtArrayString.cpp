@@ -12,6 +12,26 @@ namespace Zt {
 namespace {
 constexpr const char* ZtSourceFile = "ZtArrayString";
 constexpr const char* kInvalid = "Nullptr --> Array Data Invalid";
+
+// A constructor that raises runs no destructor of its own class, so the
+// block it has made would be lost: this releases it unless the construction
+// completes. The exception itself passes on untouched.
+class CReleaseUnlessBuilt {
+public:
+  explicit CReleaseUnlessBuilt(CZtArrayString& array) : m_Array(array) {}
+  ~CReleaseUnlessBuilt() {
+    if (!m_Built) {
+      m_Array.Delete();
+    }
+  }
+  CReleaseUnlessBuilt(const CReleaseUnlessBuilt&) = delete;
+  CReleaseUnlessBuilt& operator=(const CReleaseUnlessBuilt&) = delete;
+  void Built() { m_Built = true; }
+
+private:
+  CZtArrayString& m_Array;
+  bool m_Built = false;
+};
 }  // namespace
 
 CZtArrayString::CZtArrayString() : m_pElements(nullptr) { New(0); }
@@ -25,15 +45,19 @@ CZtArrayString::CZtArrayString(const CZtString& text, char delimiter) : m_pEleme
   while (std::getline(stream, field, delimiter)) {
     fields.push_back(field);
   }
+  CReleaseUnlessBuilt guard(*this);
   New(fields.size());
   CZtString** elements = m_pElements->Elements();
   for (std::size_t i = 0; i < fields.size(); ++i) {
     *elements[i] = fields[i].c_str();
   }
+  guard.Built();
 }
 
 CZtArrayString::CZtArrayString(const CZtArrayString& other) : m_pElements(nullptr) {
+  CReleaseUnlessBuilt guard(*this);
   *this = other;
+  guard.Built();
 }
 
 CZtArrayString::~CZtArrayString() { Delete(); }

@@ -459,10 +459,10 @@ TEST(AllocationSweep, StringArrays) {
 }
 
 // A string array whose constructor fails after it has made its block, while
-// it copies the texts, leaves the block and its strings allocated: the
+// it copies the texts, releases the block and the strings made so far: the
 // copying constructor and the splitting one both raise past an object that
-// never finishes its construction. Enable when they release their block.
-TEST(AllocationSweep, DISABLED_StringArrayConstructorsReleaseTheirBlock) {
+// never finishes its construction.
+TEST(AllocationSweep, StringArrayConstructorsReleaseTheirBlock) {
   const std::vector<Row> rows{
       // Texts that allocate, copied into a block that the constructor has
       // already made: the failure leaves the constructor.
