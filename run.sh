@@ -43,8 +43,18 @@ case "${1:-}" in
     cmake --workflow --preset gcc
     cmake --workflow --preset clang
     ;;
+  fuzz)
+    # Each fuzz target for [seconds] (default 600) in the sanitizer build,
+    # two at a time; a finding fails, its reproducer is left in
+    # build/asan/tests/fuzz/<target>-run/.
+    ensure_packages
+    seconds=${2:-600}
+    cmake --preset asan >/dev/null
+    cmake --build --preset asan --target zt_fuzzers
+    ZT_FUZZ_SECONDS=$seconds ctest --preset asan -L fuzz --timeout $((seconds + 300))
+    ;;
   *)
-    echo "usage: $0 demo|test" >&2
+    echo "usage: $0 demo|test|fuzz [seconds]" >&2
     exit 2
     ;;
 esac
