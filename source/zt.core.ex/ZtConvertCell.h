@@ -111,6 +111,23 @@ struct TMapping {
   static constexpr bool ReadsAll = ReadsEverySample(SourceSamples, TargetSamples, From);
 };
 
+// Samples in the caller's buffers are read and written as unaligned: a
+// buffer need not be aligned for its sample type (a view may start at any
+// byte), and an access through a packed struct is defined at any address.
+// The compilers make each one plain access, and still vectorise the loops.
+template <class T>
+struct __attribute__((packed, may_alias)) TUnaligned {
+  T value;
+};
+template <class T>
+ZT_CONVERT_INLINE T Read(const T* p) {
+  return reinterpret_cast<const TUnaligned<T>*>(p)->value;
+}
+template <class T>
+ZT_CONVERT_INLINE void Write(T* p, T value) {
+  reinterpret_cast<TUnaligned<T>*>(p)->value = value;
+}
+
 // --- Moving samples of one type ------------------------------------------
 // Target pixels from source pixels of the same sample type: selection and
 // the fill only, no arithmetic. The runs do not overlap.
@@ -122,7 +139,8 @@ ZT_CONVERT_INLINE void MoveSamples(T* __restrict t, const T* __restrict s, std::
   constexpr std::uint64_t TS = M::TargetSamples;
   for (std::uint64_t i = 0; i < n; ++i) {
     for (std::uint64_t k = 0; k < TS; ++k) {
-      t[i * TS + k] = M::From[k] == kFill ? fill : s[i * SS + std::uint64_t(M::From[k])];
+      const std::uint64_t from = i * SS + std::uint64_t(M::From[k]);
+      Write(t + i * TS + k, M::From[k] == kFill ? fill : Read(s + from));
     }
   }
 }
@@ -285,7 +303,7 @@ template <EDataType::ID SD, EDataType::ID TD>
 ZT_CONVERT_NOINLINE void ConvertRun(Sample::TSample<TD>* __restrict t,
                                     const Sample::TSample<SD>* __restrict s, std::uint64_t n) {
   for (std::uint64_t i = 0; i < n; ++i) {
-    t[i] = Sample::ConvertSample<SD, TD>(s[i]);
+    Write(t + i, Sample::ConvertSample<SD, TD>(Read(s + i)));
   }
 }
 #if ZT_CONVERT_X86
@@ -439,27 +457,27 @@ struct TCell {
   // the loops are kept scalar: the empty asm statement stops the vectoriser,
   // whose code could never run.
   static ZT_CONVERT_INLINE void Colour(T* t, const S* s) {
-    const T red = Convert(s[Src.Red]);
-    t[Trg.Red] = red;
+    const T red = Convert(Read(s + Src.Red));
+    Write(t + Trg.Red, red);
     if constexpr (Trg.HasThreeColours()) {
       T green = red;
       if constexpr (Src.Green != Src.Red) {
-        green = Convert(s[Src.Green]);
+        green = Convert(Read(s + Src.Green));
       }
-      t[Trg.Green] = green;
+      Write(t + Trg.Green, green);
       T blue = red;
       if constexpr (Src.Blue == Src.Green) {
         blue = green;
       } else if constexpr (Src.Blue != Src.Red) {
-        blue = Convert(s[Src.Blue]);
+        blue = Convert(Read(s + Src.Blue));
       }
-      t[Trg.Blue] = blue;
+      Write(t + Trg.Blue, blue);
     }
   }
 
   static ZT_CONVERT_INLINE T Alpha(const S* s) {
     if constexpr (Src.HasAlpha()) {
-      return Convert(s[Src.Alpha]);
+      return Convert(Read(s + Src.Alpha));
     } else {
       return Sample::AlphaFill<TD>();
     }
@@ -474,7 +492,7 @@ struct TCell {
       }
       if constexpr (Trg.HasAlpha()) {
         for (std::uint64_t i = begin; i < end; ++i) {
-          t[i * TrgStep + std::uint64_t(Trg.Alpha)] = Alpha(s + i * SrcStep);
+          Write(t + i * TrgStep + std::uint64_t(Trg.Alpha), Alpha(s + i * SrcStep));
           __asm__ volatile("");
         }
       }
