@@ -4,17 +4,19 @@
 #
 #   ./run.sh demo   build the library and run the demo program, which writes
 #                   its pictures to build/gcc/demo-output/
-#   ./run.sh test   build with GCC and with Clang, warnings as errors, and run
-#                   every test suite in each build
-#
-# The sanitizer build (Address-, Leak- and UndefinedBehaviorSanitizer) runs
-# with: cmake --workflow --preset asan
+#   ./run.sh test   build with GCC, with Clang, and with Clang under Address-,
+#                   Leak- and UndefinedBehaviorSanitizer, warnings as errors,
+#                   and run every test suite in each build: in the GCC build
+#                   under valgrind's memcheck too, in the sanitizer build the
+#                   fuzzers for 45 seconds each
+#   ./run.sh fuzz [seconds]
+#                   run each fuzzer longer in the sanitizer build
 set -euo pipefail
 cd "$(dirname "$0")"
 
 # Debian packages the build and the tests need.
 PACKAGES=(cmake ninja-build g++ clang binutils libgtest-dev libgmock-dev libbenchmark-dev
-          pkgconf libpng-dev doxygen valgrind)
+          pkgconf libpng-dev doxygen valgrind libclang-rt-14-dev)
 
 ensure_packages() {
   local missing=()
@@ -42,6 +44,7 @@ case "${1:-}" in
     ensure_packages
     cmake --workflow --preset gcc
     cmake --workflow --preset clang
+    cmake --workflow --preset asan
     ;;
   fuzz)
     # Each fuzz target for [seconds] (default 600) in the sanitizer build,
