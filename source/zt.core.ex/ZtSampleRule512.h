@@ -17,9 +17,12 @@
 //    integer type. A vector unit computes it several times faster than it
 //    divides.
 //  - The saturation selects are the vector max and min instructions, whose
-//    order of operands makes them the selects of the rule: max(y, low) is
-//    "y > low ? y : low" and min(y, P) is "y < P ? y : P", a NaN y giving
-//    the second operand.
+//    order of operands makes them the selects of the rule: min(P, y) is
+//    "P < y ? P : y" and max(low, y) is "low > y ? low : y", a NaN y passing
+//    through both. Its truncation then gives the integer with only the top
+//    bit set, which is the rule's result for NaN: as it stands for Int, cut
+//    to 0 for the narrower types, and made 0 by an integer max with 0 for
+//    the unsigned ones, which needs no floating-point max.
 //
 // Internal: included only by the conversion cells and their tests, in
 // functions compiled for AVX-512 (ZT_SAMPLE_AVX512).
@@ -89,9 +92,33 @@ ZT_SAMPLE_AVX512 __m512d Decode512(__m512d v) {
   }
 }
 
-// y held between low and top; a NaN y gives low.
-ZT_SAMPLE_AVX512 __m512d Clamp512(__m512d y, __m512d low, __m512d top) {
-  return _mm512_maskz_min_pd(kAll, _mm512_maskz_max_pd(kAll, y, low), top);
+// Normalised values scaled to an integer target: by P above zero, by N at
+// and below it for the signed types.
+template <EDataType::ID D>
+ZT_SAMPLE_AVX512 __m512d Scale512(__m512d x) {
+  using T = TDataType<D>;
+  const __m512d positive = _mm512_mul_pd(x, _mm512_set1_pd(T::P));
+  if constexpr (T::Kind == EKind::Signed) {
+    const __mmask8 above = _mm512_cmp_pd_mask(x, _mm512_setzero_pd(), _CMP_GT_OQ);
+    return _mm512_mask_blend_pd(above, _mm512_mul_pd(x, _mm512_set1_pd(T::N)), positive);
+  } else {
+    return positive;
+  }
+}
+
+// Normalised values to samples of a target other than UInt, saturated and
+// truncated to 32-bit integers; a NaN gives the integer with only the top
+// bit set.
+template <EDataType::ID D>
+ZT_SAMPLE_AVX512 __m256i Truncate512(__m512d x) {
+  using T = TDataType<D>;
+  const __m512d below = _mm512_maskz_min_pd(kAll, _mm512_set1_pd(T::P), Scale512<D>(x));
+  if constexpr (T::Kind == EKind::Signed) {
+    const __m512d within = _mm512_maskz_max_pd(kAll, _mm512_set1_pd(-T::N), below);
+    return _mm512_maskz_cvttpd_epi32(kAll, within);
+  } else {
+    return _mm256_max_epi32(_mm512_maskz_cvttpd_epi32(kAll, below), _mm256_setzero_si256());
+  }
 }
 
 // Normalised values to raw samples, stored into the lanes of `mask`.
@@ -102,33 +129,21 @@ ZT_SAMPLE_AVX512 void EncodeStore512(TSample<D>* t, __mmask8 mask, __m512d x) {
     _mm512_mask_storeu_pd(t, mask, x);
   } else if constexpr (D == EDataType::Float) {
     _mm256_mask_storeu_ps(t, mask, _mm512_maskz_cvtpd_ps(kAll, x));
-  } else {
+  } else if constexpr (D == EDataType::UInt) {
+    // Beyond the 32-bit integers: saturated in doubles, max first, so that
+    // a NaN gives 0, and truncated to unsigned integers.
     const __m512d top = _mm512_set1_pd(T::P);
-    __m512d scaled = _mm512_mul_pd(x, top);
-    __m512d clamped;
-    if constexpr (T::Kind == EKind::Signed) {
-      const __mmask8 positive = _mm512_cmp_pd_mask(x, _mm512_setzero_pd(), _CMP_GT_OQ);
-      scaled = _mm512_mask_blend_pd(positive, _mm512_mul_pd(x, _mm512_set1_pd(T::N)), scaled);
-      clamped = Clamp512(scaled, _mm512_set1_pd(-T::N), top);
-      // The max gave NaN the bottom sample, which is the truncation's value
-      // for NaN in Int; Byte and Short keep 0 of it.
-      if constexpr (T::NaNResult != -T::N) {
-        clamped = _mm512_maskz_mov_pd(_mm512_cmp_pd_mask(scaled, scaled, _CMP_ORD_Q), clamped);
-      }
+    const __m512d atLeastZero = _mm512_maskz_max_pd(kAll, Scale512<D>(x), _mm512_setzero_pd());
+    const __m512d clamped = _mm512_maskz_min_pd(kAll, atLeastZero, top);
+    _mm256_mask_storeu_epi32(t, mask, _mm512_maskz_cvttpd_epu32(kAll, clamped));
+  } else {
+    const __m256i whole = Truncate512<D>(x);
+    if constexpr (sizeof(TSample<D>) == 1) {
+      _mm_mask_storeu_epi8(t, mask, _mm256_maskz_cvtepi32_epi8(kAll, whole));
+    } else if constexpr (sizeof(TSample<D>) == 2) {
+      _mm_mask_storeu_epi16(t, mask, _mm256_maskz_cvtepi32_epi16(kAll, whole));
     } else {
-      clamped = Clamp512(scaled, _mm512_setzero_pd(), top);
-    }
-    if constexpr (D == EDataType::UInt) {
-      _mm256_mask_storeu_epi32(t, mask, _mm512_maskz_cvttpd_epu32(kAll, clamped));
-    } else {
-      const __m256i whole = _mm512_maskz_cvttpd_epi32(kAll, clamped);
-      if constexpr (sizeof(TSample<D>) == 1) {
-        _mm_mask_storeu_epi8(t, mask, _mm256_maskz_cvtepi32_epi8(kAll, whole));
-      } else if constexpr (sizeof(TSample<D>) == 2) {
-        _mm_mask_storeu_epi16(t, mask, _mm256_maskz_cvtepi32_epi16(kAll, whole));
-      } else {
-        _mm256_mask_storeu_epi32(t, mask, whole);
-      }
+      _mm256_mask_storeu_epi32(t, mask, whole);
     }
   }
 }
