@@ -14,6 +14,7 @@
 
 #include "ZtCoreEx.h"
 #include "ZtFuzzCheck.h"
+#include "ZtHollowArray.h"
 
 using Zt::CZtArrayDouble;
 using Zt::CZtArrayString;
@@ -23,6 +24,7 @@ using Zt::CZtString;
 using ZtFuzz::Chain;
 using ZtFuzz::ExpectRaise;
 using ZtFuzz::Link;
+using ZtTest::Hollow;
 
 namespace {
 
@@ -73,18 +75,6 @@ std::string ArrayBytes(const A& array) {
 std::string Bytes(const CZtArrayUInt& v) { return ArrayBytes(v); }
 std::string Bytes(const CZtArrayDouble& v) { return ArrayBytes(v); }
 std::string Bytes(const CZtArrayString& v) { return ArrayBytes(v); }
-
-// A numeric array whose implementation object is missing, as far as the
-// store can tell; it gets it back before it is destroyed.
-template <class A>
-class Hollow : public A {
-public:
-  Hollow() : m_pKept(this->m_pBaseRef) { this->m_pBaseRef = nullptr; }
-  ~Hollow() override { this->m_pBaseRef = m_pKept; }
-
-private:
-  decltype(Hollow::m_pBaseRef) m_pKept;
-};
 
 // --- The six typed forms ----------------------------------------------------------
 // The kind AddElement records, the kind SetElement and GetElement demand, and

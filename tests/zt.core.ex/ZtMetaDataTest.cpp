@@ -7,6 +7,7 @@
 
 #include "ZtChain.h"
 #include "ZtCoreEx.h"
+#include "ZtHollowArray.h"
 
 using Zt::CGuid;
 using Zt::CIException;
@@ -22,6 +23,7 @@ namespace {
 // --- Chains as a caller sees them ---------------------------------------------
 
 using ZtTest::Chain;
+using ZtTest::Hollow;
 using ZtTest::ChainOf;
 using ZtTest::Raised;
 
@@ -329,18 +331,6 @@ TEST(CZtMetaData, CopiesShareNoElement) {
   a.GetElement("s", s);
   EXPECT_STREQ(s.ToCString(), "text");
 }
-
-// A numeric array whose implementation object is missing, as far as the
-// store can tell. The implementation comes back before the array dies.
-template <class A>
-class Hollow : public A {
-public:
-  Hollow() : m_pKept(this->m_pBaseRef) { this->m_pBaseRef = nullptr; }
-  ~Hollow() override { this->m_pBaseRef = m_pKept; }
-
-private:
-  decltype(Hollow::m_pBaseRef) m_pKept;
-};
 
 TEST(CZtMetaData, ArraysWithoutImplementationDifferByFamily) {
   CZtMetaData store;

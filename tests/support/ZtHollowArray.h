@@ -1,0 +1,24 @@
+#ifndef ZT_TESTS_ZTHOLLOWARRAY_H
+#define ZT_TESTS_ZTHOLLOWARRAY_H
+
+// A numeric array whose implementation object is missing, as far as the
+// code under test can tell: the state a caller can only reach by a failed
+// construction. The implementation comes back before the array dies.
+
+namespace ZtTest {
+
+template <class A>
+class Hollow : public A {
+public:
+  Hollow() : m_pKept(this->m_pBaseRef) { this->m_pBaseRef = nullptr; }
+  ~Hollow() override { this->m_pBaseRef = m_pKept; }
+  Hollow(const Hollow&) = delete;
+  Hollow& operator=(const Hollow&) = delete;
+
+private:
+  decltype(Hollow::m_pBaseRef) m_pKept;
+};
+
+}  // namespace ZtTest
+
+#endif
