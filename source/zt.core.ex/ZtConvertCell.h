@@ -285,6 +285,7 @@ struct TMove512 {
     }
     std::uint64_t i = 0;
     for (; i + N <= n; i += N) {
+      Sample::FetchAhead(s + i * SS);
       Step(t + i * TS, s + i * SS, N, fillVector);
     }
     if (i < n) {
@@ -347,9 +348,10 @@ ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE inline void Stream512(void* target, const 
 ZT_CONVERT_AVX512 inline void StreamEnd512() { _mm_sfence(); }
 #endif
 
-// Pixels per block of a cell: the intermediate run of a conversion that
-// both moves and converts samples stays in the first-level cache.
-constexpr std::uint64_t kBlockPixels = 512;
+// Bytes of each intermediate block of a cell: blocks of a conversion that
+// both moves and converts samples stay in the first-level cache, and are
+// large enough that a run read from memory is read in long stretches.
+constexpr std::uint64_t kBlockBytes = 16384;
 
 // Whether two byte ranges share no byte. Compared as addresses: the ranges
 // may lie in unrelated blocks.
@@ -368,6 +370,9 @@ struct TCell {
   static constexpr SLayout Trg = M::Trg;
   static constexpr std::uint64_t SrcStep = std::uint64_t(Src.Samples);
   static constexpr std::uint64_t TrgStep = std::uint64_t(Trg.Samples);
+  // Pixels per block: as many of four samples of the wider type as fill a
+  // block.
+  static constexpr std::uint64_t kBlockPixels = kBlockBytes / (4 * std::max(sizeof(S), sizeof(T)));
 
   static ZT_CONVERT_INLINE T Convert(S sample) { return Sample::ConvertSample<SD, TD>(sample); }
 

@@ -148,17 +148,157 @@ ZT_SAMPLE_AVX512 void EncodeStore512(TSample<D>* t, __mmask8 mask, __m512d x) {
   }
 }
 
-// A run of n samples of one type to the same number of another, eight at a
-// time, the last few under a mask.
+// --- Float samples to integers of up to 16 bits -----------------------------
+// Sixteen samples at a time in single precision, with the same results as
+// the double steps above. For these targets P and N are floats and every
+// product x * P or x * N of a float x has at most 24 + 16 significant bits,
+// so the rule's double product y is exact. The single-precision product
+// rounded toward zero, z, then lies between y and the integer that
+// truncating y gives (every integer below 2^24 is a float, and rounding
+// toward zero never passes one), so truncating z gives the same integer.
+// z passes a saturation bound (P, or the low bound, both floats) exactly
+// when y does, or lands on it, where the bound is the result anyway. An
+// overflow gives the largest float, beyond either bound as y is; an
+// underflow concerns only products that truncate to 0. A NaN goes through
+// min and max as in Truncate512. The tests compare the two forms on every
+// float.
+template <EDataType::ID D>
+constexpr bool kNarrowInteger = TDataType<D>::Kind != EKind::Floating && sizeof(TSample<D>) <= 2;
+
+constexpr __mmask16 kAll16 = 0xFFFF;
+
+// Floats to samples of a narrow integer target, saturated and truncated to
+// 32-bit integers; a NaN gives the integer with only the top bit set.
+template <EDataType::ID D>
+ZT_SAMPLE_AVX512 __m512i TruncateFloat512(__m512 x) {
+  using T = TDataType<D>;
+  static_assert(kNarrowInteger<D>, "exact in single precision for narrow targets only");
+  const __m512 top = _mm512_set1_ps(float(T::P));
+  constexpr int kTowardZero = _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC;
+  if constexpr (T::Kind == EKind::Signed) {
+    const __mmask16 above = _mm512_cmp_ps_mask(x, _mm512_setzero_ps(), _CMP_GT_OQ);
+    const __m512 scale = _mm512_mask_blend_ps(above, _mm512_set1_ps(float(T::N)), top);
+    const __m512 scaled = _mm512_maskz_mul_round_ps(kAll16, x, scale, kTowardZero);
+    const __m512 below = _mm512_maskz_min_ps(kAll16, top, scaled);
+    const __m512 within = _mm512_maskz_max_ps(kAll16, _mm512_set1_ps(float(-T::N)), below);
+    return _mm512_maskz_cvttps_epi32(kAll16, within);
+  } else {
+    const __m512 scaled = _mm512_maskz_mul_round_ps(kAll16, x, top, kTowardZero);
+    const __m512 below = _mm512_maskz_min_ps(kAll16, top, scaled);
+    return _mm512_maskz_max_epi32(kAll16, _mm512_maskz_cvttps_epi32(kAll16, below),
+                                  _mm512_setzero_si512());
+  }
+}
+
+// `mask` of sixteen floats to a narrow integer target, stored; lanes outside
+// the mask are neither read nor written.
+template <EDataType::ID D>
+ZT_SAMPLE_AVX512 void ConvertFloat512(TSample<D>* t, const float* s, __mmask16 mask) {
+  const __m512i whole = TruncateFloat512<D>(_mm512_maskz_loadu_ps(mask, s));
+  if constexpr (sizeof(TSample<D>) == 1) {
+    _mm_mask_storeu_epi8(t, mask, _mm512_maskz_cvtepi32_epi8(kAll16, whole));
+  } else {
+    _mm256_mask_storeu_epi16(t, mask, _mm512_maskz_cvtepi32_epi16(kAll16, whole));
+  }
+}
+
+// --- Integers of up to 16 bits to Float ----------------------------------------
+// Sixteen samples at a time in single precision. The rule rounds the quotient
+// v / P to a double and that to a float; rounding it to a float at once
+// gives the same, because P is odd: v / P is then never a float midpoint
+// and stays, relative to its size, at least 2^-40 away from one, far beyond
+// what the double's rounding can move it. The float quotient comes from two
+// fused multiply-adds with the rounded reciprocal, as in Quotient512, and the
+// negative side's product with F = 1 / N, a power of two, is exact. The
+// tests hold every sample of these types against the reference.
+
+// `mask` of sixteen samples as floats, exactly; lanes outside the mask are
+// not read.
+template <EDataType::ID D>
+ZT_SAMPLE_AVX512 __m512 LoadFloat512(const TSample<D>* s, __mmask16 mask) {
+  static_assert(kNarrowInteger<D>, "exact in single precision for narrow sources only");
+  __m512i whole;
+  if constexpr (D == EDataType::Byte) {
+    whole = _mm512_maskz_cvtepi8_epi32(kAll16, _mm_maskz_loadu_epi8(mask, s));
+  } else if constexpr (D == EDataType::UByte) {
+    whole = _mm512_maskz_cvtepu8_epi32(kAll16, _mm_maskz_loadu_epi8(mask, s));
+  } else if constexpr (D == EDataType::Short) {
+    whole = _mm512_maskz_cvtepi16_epi32(kAll16, _mm256_maskz_loadu_epi16(mask, s));
+  } else {
+    whole = _mm512_maskz_cvtepu16_epi32(kAll16, _mm256_maskz_loadu_epi16(mask, s));
+  }
+  return _mm512_maskz_cvtepi32_ps(kAll16, whole);
+}
+
+// Raw samples, as floats, to normalised values rounded to float.
+template <EDataType::ID D>
+ZT_SAMPLE_AVX512 __m512 DecodeFloat512(__m512 v) {
+  using T = TDataType<D>;
+  constexpr float kReciprocal = float(1.0 / T::P);
+  const __m512 reciprocal = _mm512_set1_ps(kReciprocal);
+  const __m512 estimate = _mm512_maskz_mul_ps(kAll16, v, reciprocal);
+  const __m512 remainder =
+      _mm512_maskz_fnmadd_ps(kAll16, estimate, _mm512_set1_ps(float(T::P)), v);
+  const __m512 quotient = _mm512_maskz_fmadd_ps(kAll16, remainder, reciprocal, estimate);
+  if constexpr (T::Kind == EKind::Signed) {
+    const __mmask16 positive = _mm512_cmp_ps_mask(v, _mm512_setzero_ps(), _CMP_GT_OQ);
+    const __m512 negative = _mm512_maskz_mul_ps(kAll16, v, _mm512_set1_ps(float(T::F)));
+    return _mm512_mask_blend_ps(positive, negative, quotient);
+  } else {
+    return quotient;
+  }
+}
+
+// Whether a run from SD to TD goes sixteen samples at a time in single
+// precision, or eight in double precision.
+template <EDataType::ID SD, EDataType::ID TD>
+constexpr bool kSingleSteps = (SD == EDataType::Float && kNarrowInteger<TD>) ||
+                              (kNarrowInteger<SD> && TD == EDataType::Float);
+
+// The `mask` of one step's samples, converted and stored.
+template <EDataType::ID SD, EDataType::ID TD>
+ZT_SAMPLE_AVX512 void Step512(TSample<TD>* t, const TSample<SD>* s, unsigned mask) {
+  if constexpr (SD == EDataType::Float && kNarrowInteger<TD>) {
+    ConvertFloat512<TD>(t, s, __mmask16(mask));
+  } else if constexpr (kSingleSteps<SD, TD>) {
+    _mm512_mask_storeu_ps(t, __mmask16(mask), DecodeFloat512<SD>(LoadFloat512<SD>(s, __mmask16(mask))));
+  } else {
+    EncodeStore512<TD>(t, __mmask8(mask), Decode512<SD>(Load512<SD>(s, __mmask8(mask))));
+  }
+}
+
+// How far ahead of its use each line of a source is requested from memory.
+// A run that comes from memory is read faster when its lines are asked for
+// this far ahead than when the processor has to find the stream itself. A
+// prefetch never faults, so the address may lie past the end of the run; it
+// is formed as an integer, never as a pointer past the run.
+constexpr std::uintptr_t kFetchAhead = 4096;
+
+ZT_SAMPLE_AVX512 void FetchAhead(const void* p) {
+  _mm_prefetch(reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(p) + kFetchAhead),
+               _MM_HINT_T0);
+}
+
+// A run of n samples of one type to the same number of another, a step at a
+// time with one fetch ahead per 64 source bytes, the last few under a mask.
 template <EDataType::ID SD, EDataType::ID TD>
 ZT_SAMPLE_AVX512 void ConvertRun512(TSample<TD>* t, const TSample<SD>* s, std::uint64_t n) {
+  constexpr std::uint64_t kLanes = kSingleSteps<SD, TD> ? 16 : 8;
+  constexpr std::uint64_t kStepBytes = kLanes * sizeof(TSample<SD>);
+  constexpr std::uint64_t kLine = kStepBytes < 64 ? 64 / kStepBytes * kLanes : kLanes;
+  constexpr unsigned kFull = (1u << kLanes) - 1u;
   std::uint64_t i = 0;
-  for (; i + 8 <= n; i += 8) {
-    EncodeStore512<TD>(t + i, kAll, Decode512<SD>(Load512<SD>(s + i, kAll)));
+  for (; i + kLine <= n; i += kLine) {
+    FetchAhead(s + i);
+    for (std::uint64_t k = i; k < i + kLine; k += kLanes) {
+      Step512<SD, TD>(t + k, s + k, kFull);
+    }
+  }
+  for (; i + kLanes <= n; i += kLanes) {
+    Step512<SD, TD>(t + i, s + i, kFull);
   }
   if (i < n) {
-    const __mmask8 mask = __mmask8((1u << (n - i)) - 1u);
-    EncodeStore512<TD>(t + i, mask, Decode512<SD>(Load512<SD>(s + i, mask)));
+    Step512<SD, TD>(t + i, s + i, (1u << (n - i)) - 1u);
   }
 }
 

@@ -368,6 +368,39 @@ TEST(WidePath, QuotientEqualsTheDivisionOnEverySample) {
   EXPECT_EQ(QuotientMismatches<TDataType<EDataType::Int>>(), 0u);
   EXPECT_EQ(QuotientMismatches<TDataType<EDataType::UInt>>(), 0u);
 }
+
+// The wide path's single-precision route from Float to the integer types of
+// up to 16 bits against its double route, on every float: all 2^32 bit
+// patterns, sixteen at a time, compared as the 32-bit integers that both
+// routes narrow.
+template <EDataType::ID D>
+__attribute__((target("avx512f,avx512dq,avx512bw,avx512vl,fma"))) std::uint64_t
+SingleRouteMismatches() {
+  using namespace Zt::Sample;
+  const __m512i steps = _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+  std::uint64_t mismatches = 0;
+  for (std::uint64_t bits = 0; bits < (std::uint64_t(1) << 32); bits += 16) {
+    const __m512 x =
+        _mm512_castsi512_ps(_mm512_add_epi32(_mm512_set1_epi32(int(std::uint32_t(bits))), steps));
+    const __m256i low = Truncate512<D>(_mm512_maskz_cvtps_pd(kAll, _mm512_maskz_extractf32x8_ps(kAll, x, 0)));
+    const __m256i high =
+        Truncate512<D>(_mm512_maskz_cvtps_pd(kAll, _mm512_maskz_extractf32x8_ps(kAll, x, 1)));
+    const __m512i wide = _mm512_maskz_inserti64x4(kAll, _mm512_castsi256_si512(low), high, 1);
+    mismatches += unsigned(
+        __builtin_popcount(_mm512_cmpneq_epi32_mask(TruncateFloat512<D>(x), wide)));
+  }
+  return mismatches;
+}
+
+TEST(WidePath, SingleRouteFromFloatEqualsTheDoubleRouteOnEveryFloat) {
+  if (!Zt::Convert::Avx512Usable()) {
+    GTEST_SKIP() << "no AVX-512 on this processor";
+  }
+  EXPECT_EQ(SingleRouteMismatches<EDataType::Byte>(), 0u);
+  EXPECT_EQ(SingleRouteMismatches<EDataType::UByte>(), 0u);
+  EXPECT_EQ(SingleRouteMismatches<EDataType::Short>(), 0u);
+  EXPECT_EQ(SingleRouteMismatches<EDataType::UShort>(), 0u);
+}
 #endif
 
 }  // namespace
