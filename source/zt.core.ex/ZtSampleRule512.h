@@ -6,7 +6,10 @@
 // double operation as in the scalar rule, rounded the same way, so both give
 // the same bits; the tests hold the two paths against each other.
 //
-// Two steps are formed differently and give the same values:
+// Between Float and the integer types of up to 16 bits, sixteen samples go
+// at a time in single precision, by steps shown below to give the same
+// values as the double steps. Two double steps, too, are formed differently
+// and give the same values:
 //  - The quotient v / P of the decode comes from two fused multiply-adds
 //    instead of the divider. With R = 1 / P rounded to nearest, e = v * R is
 //    within an ulp of v / P, the remainder v - e * P is then exact in one
@@ -261,7 +264,8 @@ ZT_SAMPLE_AVX512 void Step512(TSample<TD>* t, const TSample<SD>* s, unsigned mas
   if constexpr (SD == EDataType::Float && kNarrowInteger<TD>) {
     ConvertFloat512<TD>(t, s, __mmask16(mask));
   } else if constexpr (kSingleSteps<SD, TD>) {
-    _mm512_mask_storeu_ps(t, __mmask16(mask), DecodeFloat512<SD>(LoadFloat512<SD>(s, __mmask16(mask))));
+    const __m512 x = DecodeFloat512<SD>(LoadFloat512<SD>(s, __mmask16(mask)));
+    _mm512_mask_storeu_ps(t, __mmask16(mask), x);
   } else {
     EncodeStore512<TD>(t, __mmask8(mask), Decode512<SD>(Load512<SD>(s, __mmask8(mask))));
   }
@@ -285,12 +289,13 @@ template <EDataType::ID SD, EDataType::ID TD>
 ZT_SAMPLE_AVX512 void ConvertRun512(TSample<TD>* t, const TSample<SD>* s, std::uint64_t n) {
   constexpr std::uint64_t kLanes = kSingleSteps<SD, TD> ? 16 : 8;
   constexpr std::uint64_t kStepBytes = kLanes * sizeof(TSample<SD>);
-  constexpr std::uint64_t kLine = kStepBytes < 64 ? 64 / kStepBytes * kLanes : kLanes;
+  // Samples per fetch: those of 64 source bytes, or of one step if more.
+  constexpr std::uint64_t kPerFetch = kStepBytes < 64 ? 64 / kStepBytes * kLanes : kLanes;
   constexpr unsigned kFull = (1u << kLanes) - 1u;
   std::uint64_t i = 0;
-  for (; i + kLine <= n; i += kLine) {
+  for (; i + kPerFetch <= n; i += kPerFetch) {
     FetchAhead(s + i);
-    for (std::uint64_t k = i; k < i + kLine; k += kLanes) {
+    for (std::uint64_t k = i; k < i + kPerFetch; k += kLanes) {
       Step512<SD, TD>(t + k, s + k, kFull);
     }
   }

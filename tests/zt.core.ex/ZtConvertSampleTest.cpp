@@ -382,7 +382,8 @@ SingleRouteMismatches() {
   for (std::uint64_t bits = 0; bits < (std::uint64_t(1) << 32); bits += 16) {
     const __m512 x =
         _mm512_castsi512_ps(_mm512_add_epi32(_mm512_set1_epi32(int(std::uint32_t(bits))), steps));
-    const __m256i low = Truncate512<D>(_mm512_maskz_cvtps_pd(kAll, _mm512_maskz_extractf32x8_ps(kAll, x, 0)));
+    const __m256i low =
+        Truncate512<D>(_mm512_maskz_cvtps_pd(kAll, _mm512_maskz_extractf32x8_ps(kAll, x, 0)));
     const __m256i high =
         Truncate512<D>(_mm512_maskz_cvtps_pd(kAll, _mm512_maskz_extractf32x8_ps(kAll, x, 1)));
     const __m512i wide = _mm512_maskz_inserti64x4(kAll, _mm512_castsi256_si512(low), high, 1);
