@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "ZtParException.h"
@@ -18,38 +19,28 @@ constexpr const char* kParMapFile = "source\\zt.core.development\\ZtParMap";
 
 // What each of the five specific classes must report, written out here so
 // that the test does not take the classes' own constants for it.
+template <class E>
 struct Expected {
   const char* name;
   const char* guid;
   const char* fixed;
 };
-
+const std::tuple<Expected<Zt::CZtParInvalidNameException>, Expected<Zt::CZtParAccessReadException>,
+                 Expected<Zt::CZtParAccessWriteException>, Expected<Zt::CZtParInvalidTypeException>,
+                 Expected<Zt::CZtParInvalidValueException>>
+    kExpected{{"Zt.ParInvalidNameException", "{2952225E-DB39-479E-A4E1-7496D6D531B2}",
+               "Unknown parameter name"},
+              {"Zt.ParAccessReadException", "{2D69D395-4593-48BC-BC70-05C182CEFAE0}",
+               "Parameter read access denied"},
+              {"Zt.ParAccessWriteException", "{2C95F24C-6098-4354-A291-A8A3C0D0EFAE}",
+               "Parameter write access denied"},
+              {"Zt.ParInvalidTypeException", "{944D12C7-608C-4509-9755-66A898B5432C}",
+               "Wrong type for parameter"},
+              {"Zt.ParInvalidValueException", "{3044F9AE-0257-4215-B36C-E8EFD6A543ED}",
+               "Invalid parameter value"}};
 template <class E>
-Expected ExpectedOf();
-template <>
-Expected ExpectedOf<Zt::CZtParInvalidNameException>() {
-  return {"Zt.ParInvalidNameException", "{2952225E-DB39-479E-A4E1-7496D6D531B2}",
-          "Unknown parameter name"};
-}
-template <>
-Expected ExpectedOf<Zt::CZtParAccessReadException>() {
-  return {"Zt.ParAccessReadException", "{2D69D395-4593-48BC-BC70-05C182CEFAE0}",
-          "Parameter read access denied"};
-}
-template <>
-Expected ExpectedOf<Zt::CZtParAccessWriteException>() {
-  return {"Zt.ParAccessWriteException", "{2C95F24C-6098-4354-A291-A8A3C0D0EFAE}",
-          "Parameter write access denied"};
-}
-template <>
-Expected ExpectedOf<Zt::CZtParInvalidTypeException>() {
-  return {"Zt.ParInvalidTypeException", "{944D12C7-608C-4509-9755-66A898B5432C}",
-          "Wrong type for parameter"};
-}
-template <>
-Expected ExpectedOf<Zt::CZtParInvalidValueException>() {
-  return {"Zt.ParInvalidValueException", "{3044F9AE-0257-4215-B36C-E8EFD6A543ED}",
-          "Invalid parameter value"};
+Expected<E> ExpectedOf() {
+  return std::get<Expected<E>>(kExpected);
 }
 
 template <class E>
@@ -70,7 +61,7 @@ TYPED_TEST_SUITE(ParDetailException, DetailClasses, DetailClassName);
 // Raised with a detail (or none) and an inner exception, caught as the
 // common base, and cloned: the clone keeps class, texts, location and chain.
 TYPED_TEST(ParDetailException, ComposesItsMessageAndKeepsEverythingInAClone) {
-  const Expected expected = ExpectedOf<TypeParam>();
+  const auto expected = ExpectedOf<TypeParam>();
   const std::pair<const char*, std::string> cases[] = {
       {"Expected type 'unsigned' differs from 'double'",
        std::string(expected.fixed) + "; Expected type 'unsigned' differs from 'double'"},

@@ -112,44 +112,24 @@ std::pair<std::string, std::string> WrongType(const std::string& expected,
 
 // --- The six value types ---------------------------------------------------------
 
+// The kind's text, an old and a new value.
 template <class T>
-struct Sample;
-template <>
-struct Sample<unsigned int> {
-  static constexpr const char* kind = "unsigned";
-  static unsigned int Old() { return 7u; }
-  static unsigned int New() { return 4000000000u; }
+struct Sample {
+  const char* kind;
+  T old, fresh;
 };
-template <>
-struct Sample<double> {
-  static constexpr const char* kind = "double";
-  static double Old() { return -2.25; }
-  static double New() { return 1e300; }
-};
-template <>
-struct Sample<CZtString> {
-  static constexpr const char* kind = "string";
-  static CZtString Old() { return "old text"; }
-  static CZtString New() { return "new"; }
-};
-template <>
-struct Sample<std::vector<unsigned int>> {
-  static constexpr const char* kind = "unsigned[]";
-  static std::vector<unsigned int> Old() { return {1u, 2u, 3u}; }
-  static std::vector<unsigned int> New() { return {9u}; }
-};
-template <>
-struct Sample<std::vector<double>> {
-  static constexpr const char* kind = "double[]";
-  static std::vector<double> Old() { return {0.5, -0.0, 2.5}; }
-  static std::vector<double> New() { return {}; }
-};
-template <>
-struct Sample<std::vector<CZtString>> {
-  static constexpr const char* kind = "string[]";
-  static std::vector<CZtString> Old() { return {"a", "", "c"}; }
-  static std::vector<CZtString> New() { return {"z"}; }
-};
+Sample<unsigned int> SampleOf(unsigned int) { return {"unsigned", 7u, 4000000000u}; }
+Sample<double> SampleOf(double) { return {"double", -2.25, 1e300}; }
+Sample<CZtString> SampleOf(const CZtString&) { return {"string", "old text", "new"}; }
+Sample<std::vector<unsigned int>> SampleOf(const std::vector<unsigned int>&) {
+  return {"unsigned[]", {1u, 2u, 3u}, {9u}};
+}
+Sample<std::vector<double>> SampleOf(const std::vector<double>&) {
+  return {"double[]", {0.5, -0.0, 2.5}, {}};
+}
+Sample<std::vector<CZtString>> SampleOf(const std::vector<CZtString>&) {
+  return {"string[]", {"a", "", "c"}, {"z"}};
+}
 
 // --- Fixture -------------------------------------------------------------------------
 
@@ -185,14 +165,14 @@ template <class T>
 class ParMapValue : public ParMapFixture {
 protected:
   static constexpr EParType kKind = Zt::ZtParKind<T>::value;
-  // A kind that T is not.
-  static constexpr EParType kOtherKind = kKind == Zt::ParUnsigned ? Zt::ParDouble : Zt::ParUnsigned;
+  static T Old() { return SampleOf(T{}).old; }
+  static T New() { return SampleOf(T{}).fresh; }
 };
 
 struct SampleName {
   template <class T>
   static std::string GetName(int index) {
-    return std::to_string(index) + "_" + Sample<T>::kind;
+    return std::to_string(index) + "_" + SampleOf(T{}).kind;
   }
 };
 using ValueTypes = ::testing::Types<unsigned int, double, CZtString, std::vector<unsigned int>,
@@ -200,7 +180,7 @@ using ValueTypes = ::testing::Types<unsigned int, double, CZtString, std::vector
 TYPED_TEST_SUITE(ParMapValue, ValueTypes, SampleName);
 
 TYPED_TEST(ParMapValue, StoresAndDeliversTheFirstSlotOnly) {
-  using S = Sample<TypeParam>;
+  using S = TestFixture;
   this->Add("p", TestFixture::kKind);
   TypeParam value = S::Old();
   EXPECT_TRUE(this->m_Map.ReadParameter("p", value)) << "an entry without a record";
@@ -214,7 +194,7 @@ TYPED_TEST(ParMapValue, StoresAndDeliversTheFirstSlotOnly) {
 }
 
 TYPED_TEST(ParMapValue, ARefusingEventGetsTheOldValueBack) {
-  using S = Sample<TypeParam>;
+  using S = TestFixture;
   this->Add("p", TestFixture::kKind, false, true);
   this->m_Map.template GetValue<TypeParam>("p").Value = S::Old();
   TypeParam seen{};
@@ -235,7 +215,7 @@ TYPED_TEST(ParMapValue, ARefusingEventGetsTheOldValueBack) {
 }
 
 TYPED_TEST(ParMapValue, ARefusingConstraintLeavesNoTrace) {
-  using S = Sample<TypeParam>;
+  using S = TestFixture;
   this->Add("p", TestFixture::kKind, true, true);
   this->m_Map.template GetValue<TypeParam>("p").Value = S::Old();
   this->m_Constraint.accept = false;
@@ -256,7 +236,7 @@ TYPED_TEST(ParMapValue, ARefusingConstraintLeavesNoTrace) {
 }
 
 TYPED_TEST(ParMapValue, ExternalParametersOnlyTellTheirHandler) {
-  using S = Sample<TypeParam>;
+  using S = TestFixture;
   this->Add("with", TestFixture::kKind, false, true).external = true;
   this->Add("without", TestFixture::kKind).external = true;
 
@@ -277,7 +257,7 @@ TYPED_TEST(ParMapValue, ExternalParametersOnlyTellTheirHandler) {
 }
 
 TYPED_TEST(ParMapValue, ARefusingReadHandlerRaisesAnAccessFailureUnwrapped) {
-  using S = Sample<TypeParam>;
+  using S = TestFixture;
   this->Add("p", TestFixture::kKind, false, true);
   this->m_Map.template GetValue<TypeParam>("p").Value = S::New();
   this->m_Event.refuseRead = true;

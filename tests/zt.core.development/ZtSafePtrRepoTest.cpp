@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <new>
 #include <string>
 
@@ -70,12 +71,12 @@ protected:
   using SafePtrType = CZtSafePtr<T>;
   T* NewObject() { return new typename Instance<T>::Object(&m_Destroyed); }
 
-  // Checks the chain that a failed Register or DeRegister raises.
-  static void ExpectChain(const CZtException& e, const char* member, const char* outer,
-                          const char* inner) {
+  // Expects `op` to raise the chain of a failed Register or DeRegister.
+  static void ExpectFailure(const std::function<void()>& op, const char* member, const char* inner) {
     const std::string function = std::string(Instance<T>::repository) + "::" + member;
     const char* const file = "source\\zt.core.development\\ZtSafePtrRepo";
-    ZtTest::ExpectChain(e, {{outer, function, file}, {inner, function, file}});
+    const char* const outer = member[0] == 'R' ? "Error registering" : "Error deregistering";
+    ZtTest::ExpectRaise(op, {{outer, function, file}, {inner, function, file}});
   }
 
   int m_Destroyed = 0;
@@ -165,21 +166,11 @@ TYPED_TEST(SafePtr, FailuresAreWrappedAndLeaveTheRepositoryAsItWas) {
   TypeParam* object = this->NewObject();
   Ptr owner(object, &repository);
 
-  try {
-    Ptr invalid(nullptr, &repository);
-    ADD_FAILURE() << "a reference without an object registered";
-  } catch (CZtException& e) {
-    TestFixture::ExpectChain(e, "Register", "Error registering", "Argument is invalid");
-  }
-
+  TestFixture::ExpectFailure([&] { Ptr invalid(nullptr, &repository); }, "Register",
+                             "Argument is invalid");
   const Ptr empty;
-  try {
-    repository.DeRegister(const_cast<Ptr*>(&empty));
-    ADD_FAILURE() << "a reference without an object deregistered";
-  } catch (CZtException& e) {
-    TestFixture::ExpectChain(e, "DeRegister", "Error deregistering",
-                             "Nullptr --> Object pointer of reference is null");
-  }
+  TestFixture::ExpectFailure([&] { repository.DeRegister(const_cast<Ptr*>(&empty)); },
+                             "DeRegister", "Nullptr --> Object pointer of reference is null");
 
   // A safe pointer whose object has left the repository behind its back
   // raises from its destructor. It lives in raw storage so that the test can
@@ -188,13 +179,8 @@ TYPED_TEST(SafePtr, FailuresAreWrappedAndLeaveTheRepositoryAsItWas) {
   Ptr* orphan = new (storage) Ptr(this->NewObject(), &repository);
   repository.DeRegister(orphan);  // the only reference: its object is released
   EXPECT_EQ(repository.GetObjectCount(), 1u);
-  try {
-    orphan->~Ptr();
-    ADD_FAILURE() << "an unknown object deregistered";
-  } catch (CZtException& e) {
-    TestFixture::ExpectChain(e, "DeRegister", "Error deregistering",
+  TestFixture::ExpectFailure([&] { orphan->~Ptr(); }, "DeRegister",
                              "Nullptr --> Can not find reference in repository");
-  }
   EXPECT_EQ(repository.GetReferenceCount(object), 1u);
   EXPECT_EQ(repository.GetObjectCount(), 1u);
   EXPECT_EQ(this->m_Destroyed, 0);

@@ -135,13 +135,27 @@ private:
   long long m_OwnBlocks = 0;
 };
 
+// The k-th of `calls` allocations of `kind`, made to fail.
+struct Point {
+  AllocKind kind;
+  unsigned long long k, calls;
+};
+using Failing = std::function<Outcome(const Point&)>;
+
+// The same outcome at every failure point.
+Failing Always(Outcome outcome) {
+  return [outcome](const Point&) { return outcome; };
+}
+// Every failure a std::bad_alloc that leaves nothing behind.
+const Failing AnyBadAlloc = Always(BadAlloc());
+
 struct Row {
   std::string name;
   // Builds the objects, runs the operation through the attempt exactly once
   // and checks the objects afterwards.
   std::function<void(Attempt&)> run;
-  // The outcome when the k-th of `calls` allocations of `kind` fails.
-  std::function<Outcome(AllocKind kind, unsigned long long k, unsigned long long calls)> failing;
+  // The outcome at each failure point.
+  Failing failing;
   // The outcome with nothing failing.
   Outcome clean = Done();
   // Whether the operation leaves blocks behind by contract; its runs are
@@ -184,7 +198,7 @@ void Sweep(const std::vector<Row>& rows) {
         }
         ASSERT_TRUE(attempt.Failed()) << where << ": fewer allocations than counted";
         ++g_Points;
-        EXPECT_EQ(outcome, row.failing(kind, k, calls)) << where;
+        EXPECT_EQ(outcome, row.failing({kind, k, calls})) << where;
       }
     }
   }
@@ -199,9 +213,6 @@ public:
 };
 [[maybe_unused]] const auto* const kPointReport =
     ::testing::AddGlobalTestEnvironment(new PointReport);
-
-// Every failure a std::bad_alloc that leaves nothing behind.
-Outcome AnyBadAlloc(AllocKind, unsigned long long, unsigned long long) { return BadAlloc(); }
 
 const std::string kWhat = std::bad_alloc().what();
 
@@ -219,77 +230,68 @@ std::vector<long long> Contents(const A& array) {
 // The rows of one numeric array class; `type` is its element type as
 // failures spell it.
 template <class A, class T>
-void AddNumericRows(std::vector<Row>& rows, const std::string& type) {
+void SweepNumeric(const std::string& type) {
+  SCOPED_TRACE("CZtArrayBase<" + type + ">");
   const auto base = [type](const char* member) {
-    return Links{{kWhat, "Zt::CZtArrayBase<" + type + ">::" + member,
-                  "source\\zt.core.ex\\ZtArrayBase", true}};
+    return Raise({{kWhat, "Zt::CZtArrayBase<" + type + ">::" + member,
+                   "source\\zt.core.ex\\ZtArrayBase", true}});
   };
   // The implementation object is not guarded, its vector is.
-  const auto made = [base](AllocKind, unsigned long long k, unsigned long long calls) {
-    return k == calls ? Raise(base("New")) : BadAlloc();
-  };
-  const auto resized = [base](AllocKind, unsigned long long, unsigned long long) {
-    return Raise(base("Resize"));
-  };
+  const Failing made = [base](const Point& p) { return p.k == p.calls ? base("New") : BadAlloc(); };
   const std::vector<long long> kept{5, 5};
-  const std::string prefix = "CZtArrayBase<" + type + ">: ";
-  rows.push_back({prefix + "default constructor", [](Attempt& at) { at([] { A a; }); },
-                  AnyBadAlloc});
-  rows.push_back({prefix + "length constructor", [](Attempt& at) { at([] { A a(10); }); }, made});
-  rows.push_back(
-      {prefix + "fill constructor", [](Attempt& at) { at([] { A a(10, T(1)); }); }, made});
-  rows.push_back({prefix + "copy constructor",
-                  [](Attempt& at) {
-                    const A source(10);
-                    at([&] { A a(source); });
-                  },
-                  AnyBadAlloc});
-  rows.push_back({prefix + "assignment",
-                  [kept](Attempt& at) {
-                    A array(2, T(5));
-                    const A source(10);
-                    at([&] { array = source; });
-                    EXPECT_EQ(Contents(array), at.Failed() ? kept : Contents(source));
-                  },
-                  AnyBadAlloc});
-  rows.push_back({prefix + "New",
-                  [](Attempt& at) {
-                    A array(2, T(5));
-                    at([&] { array.New(1000); });
-                    EXPECT_EQ(array.Length(), at.Failed() ? 0u : 1000u);  // emptied first
-                  },
-                  [base](AllocKind, unsigned long long, unsigned long long) {
-                    return Raise(base("New"));
-                  }});
-  rows.push_back({prefix + "Resize",
-                  [kept](Attempt& at) {
-                    A array(2, T(5));
-                    at([&] { array.Resize(1000); });
-                    if (at.Failed()) {
-                      EXPECT_EQ(Contents(array), kept);
-                    } else {
-                      EXPECT_EQ(array.Length(), 1000u);
-                    }
-                  },
-                  resized});
-  rows.push_back({prefix + "CopyFrom",
-                  [](Attempt& at) {
-                    A array(2, T(5));
-                    const A source(1000);
-                    at([&] { array.CopyFrom(&source); });
-                    EXPECT_EQ(array.Length(), at.Failed() ? 2u : 1000u);
-                  },
-                  resized});
+  Sweep({
+      {"default constructor", [](Attempt& at) { at([] { A a; }); }, AnyBadAlloc},
+      {"length constructor", [](Attempt& at) { at([] { A a(10); }); }, made},
+      {"fill constructor", [](Attempt& at) { at([] { A a(10, T(1)); }); }, made},
+      {"copy constructor",
+       [](Attempt& at) {
+         const A source(10);
+         at([&] { A a(source); });
+       },
+       AnyBadAlloc},
+      {"assignment",
+       [kept](Attempt& at) {
+         A array(2, T(5));
+         const A source(10);
+         at([&] { array = source; });
+         EXPECT_EQ(Contents(array), at.Failed() ? kept : Contents(source));
+       },
+       AnyBadAlloc},
+      {"New",
+       [](Attempt& at) {
+         A array(2, T(5));
+         at([&] { array.New(1000); });
+         EXPECT_EQ(array.Length(), at.Failed() ? 0u : 1000u);  // emptied first
+       },
+       Always(base("New"))},
+      {"Resize",
+       [kept](Attempt& at) {
+         A array(2, T(5));
+         at([&] { array.Resize(1000); });
+         if (at.Failed()) {
+           EXPECT_EQ(Contents(array), kept);
+         } else {
+           EXPECT_EQ(array.Length(), 1000u);
+         }
+       },
+       Always(base("Resize"))},
+      {"CopyFrom",
+       [](Attempt& at) {
+         A array(2, T(5));
+         const A source(1000);
+         at([&] { array.CopyFrom(&source); });
+         EXPECT_EQ(array.Length(), at.Failed() ? 2u : 1000u);
+       },
+       Always(base("Resize"))},
+  });
 }
 
 TEST(AllocationSweep, NumericArrays) {
-  std::vector<Row> rows;
-  AddNumericRows<Zt::CZtArrayDouble, double>(rows, "double");
-  AddNumericRows<Zt::CZtArrayInt, int>(rows, "int");
-  AddNumericRows<Zt::CZtArrayUChar, unsigned char>(rows, "unsigned char");
-  AddNumericRows<Zt::CZtArrayUInt, unsigned int>(rows, "unsigned int");
-  AddNumericRows<Zt::CZtArrayUShort, unsigned short>(rows, "unsigned short");
-  Sweep(rows);
+  SweepNumeric<Zt::CZtArrayDouble, double>("double");
+  SweepNumeric<Zt::CZtArrayInt, int>("int");
+  SweepNumeric<Zt::CZtArrayUChar, unsigned char>("unsigned char");
+  SweepNumeric<Zt::CZtArrayUInt, unsigned int>("unsigned int");
+  SweepNumeric<Zt::CZtArrayUShort, unsigned short>("unsigned short");
 }
 
 // --- String arrays -------------------------------------------------------------
@@ -318,7 +320,8 @@ Links Join(Links head, const Links& tail) {
 // own first allocation: the block object, the pointer block, its growth
 // beyond the first four pointers, then one string object at a time. The
 // strings made before a failing one stay allocated for good.
-Outcome MakingStrings(Links head, unsigned long long n, AllocKind kind, unsigned long long k) {
+Outcome MakingStrings(const Links& head, unsigned long long n, AllocKind kind,
+                      unsigned long long k) {
   if (kind == AllocKind::Malloc) {
     return Raise(Join(head, {{"Error creating memory object", "Zt::CZtMemBase::CZtMemBase",
                               kMemBase},
@@ -341,11 +344,16 @@ Outcome MakingStrings(Links head, unsigned long long n, AllocKind kind, unsigned
 const char* const kLong1 = "a text long enough to need a block";
 const char* const kLong2 = "another text that needs a block too";
 
+// The same, counted from the operation's first allocation.
+Failing Making(Links head, unsigned long long n) {
+  return [head, n](const Point& p) { return MakingStrings(head, n, p.kind, p.k); };
+}
+
 // Two long texts copied into an array: the block is made anew, then each
 // text's copy allocates and fails as std::bad_alloc.
-Outcome CopyingLongTexts(AllocKind kind, unsigned long long k, unsigned long long calls) {
-  return kind == AllocKind::New && k > calls - 2 ? BadAlloc()
-                                                 : MakingStrings({kCopying}, 2, kind, k);
+Outcome CopyingLongTexts(const Point& p) {
+  return p.kind == AllocKind::New && p.k > p.calls - 2 ? BadAlloc()
+                                                       : MakingStrings({kCopying}, 2, p.kind, p.k);
 }
 
 CZtArrayString Texts(std::vector<const char*> texts) {
@@ -360,20 +368,14 @@ TEST(AllocationSweep, StringArrays) {
   // Counts of allocations of each kind before the block is made, for the
   // rows where other allocations come first.
   const auto after = [](unsigned long long n) {
-    return [n](AllocKind kind, unsigned long long k, unsigned long long calls) {
-      const unsigned long long first = kind == AllocKind::New ? calls - n : 1;
-      return k < first ? BadAlloc() : MakingStrings({}, n, kind, k - first + 1);
+    return [n](const Point& p) {
+      const unsigned long long first = p.kind == AllocKind::New ? p.calls - n : 1;
+      return p.k < first ? BadAlloc() : MakingStrings({}, n, p.kind, p.k - first + 1);
     };
   };
-  const std::vector<Row> rows{
-      {"default constructor", [](Attempt& at) { at([] { CZtArrayString a; }); },
-       [](AllocKind kind, unsigned long long k, unsigned long long) {
-         return MakingStrings({}, 0, kind, k);
-       }},
-      {"length constructor", [](Attempt& at) { at([] { CZtArrayString a(6); }); },
-       [](AllocKind kind, unsigned long long k, unsigned long long) {
-         return MakingStrings({}, 6, kind, k);
-       },
+  Sweep({
+      {"default constructor", [](Attempt& at) { at([] { CZtArrayString a; }); }, Making({}, 0)},
+      {"length constructor", [](Attempt& at) { at([] { CZtArrayString a(6); }); }, Making({}, 6),
        Done(), true},
       // The fields are gathered first, with allocations of the standard
       // library's own that pass as std::bad_alloc.
@@ -389,10 +391,7 @@ TEST(AllocationSweep, StringArrays) {
          at([&] { array.New(6); });
          EXPECT_EQ(array.IsValid(), !at.Failed());
        },
-       [](AllocKind kind, unsigned long long k, unsigned long long) {
-         return MakingStrings({}, 6, kind, k);
-       },
-       Done(), true},
+       Making({}, 6), Done(), true},
       {"Resize",
        [](Attempt& at) {
          CZtArrayString array = Texts({"x", "y", "z"});
@@ -405,13 +404,13 @@ TEST(AllocationSweep, StringArrays) {
          EXPECT_EQ(&array[2], kept);
          EXPECT_STREQ(array[2].ToCString(), "z");
        },
-       [](AllocKind kind, unsigned long long k, unsigned long long) {
-         if (kind == AllocKind::Realloc) {
+       [](const Point& p) {
+         if (p.kind == AllocKind::Realloc) {
            return Raise({kResizing, SizeTo(9), kMemResize,
                          {"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase}});
          }
          return Raise({kResizing, SizeTo(9), {kWhat, kObjects + "InitElements", kMemObj}},
-                      static_cast<long long>(k - 1));
+                      static_cast<long long>(p.k - 1));
        },
        Done(), true},
       {"assignment",
@@ -421,19 +420,13 @@ TEST(AllocationSweep, StringArrays) {
          at([&] { array = source; });
          EXPECT_EQ(array.IsValid(), !at.Failed());
        },
-       [](AllocKind kind, unsigned long long k, unsigned long long) {
-         return MakingStrings({kCopying}, 6, kind, k);
-       },
-       Done(), true},
+       Making({kCopying}, 6), Done(), true},
       {"copy constructor",
        [](Attempt& at) {
          const CZtArrayString source = Texts({"a", "b"});
          at([&] { CZtArrayString a(source); });
        },
-       [](AllocKind kind, unsigned long long k, unsigned long long) {
-         return MakingStrings({kCopying}, 2, kind, k);
-       },
-       Done(), true},
+       Making({kCopying}, 2), Done(), true},
       // Copies of texts that allocate come after the block is made.
       {"assignment of long texts",
        [](Attempt& at) {
@@ -442,8 +435,7 @@ TEST(AllocationSweep, StringArrays) {
          at([&] { array = source; });
          EXPECT_EQ(array.IsValid(), !at.Failed() || at.Result().what == Outcome::BadAlloc);
        },
-       CopyingLongTexts,
-       Done(), true},
+       CopyingLongTexts, Done(), true},
       // An invalid array: the failure's own allocations fail.
       {"Resize of an invalid array",
        [](Attempt& at) {
@@ -454,8 +446,7 @@ TEST(AllocationSweep, StringArrays) {
        AnyBadAlloc,
        Raise({kResizing,
               {"Nullptr --> Array Data Invalid", "Zt::CZtArrayString::Resize", kStringArray}})},
-  };
-  Sweep(rows);
+  });
 }
 
 // A string array whose constructor fails after it has made its block, while
@@ -463,7 +454,7 @@ TEST(AllocationSweep, StringArrays) {
 // copying constructor and the splitting one both raise past an object that
 // never finishes its construction.
 TEST(AllocationSweep, StringArrayConstructorsReleaseTheirBlock) {
-  const std::vector<Row> rows{
+  Sweep({
       // Texts that allocate, copied into a block that the constructor has
       // already made: the failure leaves the constructor.
       {"copy constructor of long texts",
@@ -471,8 +462,7 @@ TEST(AllocationSweep, StringArrayConstructorsReleaseTheirBlock) {
          const CZtArrayString source = Texts({kLong1, kLong2});
          at([&] { CZtArrayString a(source); });
        },
-       CopyingLongTexts,
-       Done(), true},
+       CopyingLongTexts, Done(), true},
       {"splitting constructor of long fields",
        [](Attempt& at) {
          const CZtString text = CZtString(kLong1) + "," + kLong2;
@@ -487,22 +477,22 @@ TEST(AllocationSweep, StringArrayConstructorsReleaseTheirBlock) {
            }
          }
        },
-       [](AllocKind kind, unsigned long long k, unsigned long long calls) {
-         const unsigned long long made = kind == AllocKind::New ? calls - 4 : 1;
+       [](const Point& p) {
+         const bool byNew = p.kind == AllocKind::New;
+         const unsigned long long made = byNew ? p.calls - 4 : 1;
          // The stream takes a failure inside getline, where each field
          // grows (the third and the sixth allocation), for the end of the
          // text: the array holds the fields read until then.
-         if (kind == AllocKind::New && (k == 3 || k == 6)) {
+         if (byNew && (p.k == 3 || p.k == 6)) {
            return Done();
          }
-         if (k < made || (kind == AllocKind::New && k > calls - 2)) {
+         if (p.k < made || (byNew && p.k > p.calls - 2)) {
            return BadAlloc();
          }
-         return MakingStrings({}, 2, kind, k - made + 1);
+         return MakingStrings({}, 2, p.kind, p.k - made + 1);
        },
        Done(), true},
-  };
-  Sweep(rows);
+  });
 }
 
 // --- Two-dimensional arrays ----------------------------------------------------
@@ -515,88 +505,72 @@ std::vector<unsigned long long> Shape(const A& array) {
 }
 
 template <class A, class T>
-void Add2DRows(std::vector<Row>& rows, const std::string& type) {
+void Sweep2D(const std::string& type) {
+  SCOPED_TRACE("CZtMatrix<" + type + ">");
   using Shape2 = std::vector<unsigned long long>;
-  const std::string prefix = "CZtMatrix<" + type + ">: ";
-  rows.push_back({prefix + "default constructor", [](Attempt& at) { at([] { A a; }); },
-                  AnyBadAlloc});
-  rows.push_back({prefix + "size constructor", [](Attempt& at) { at([] { A a(3, 3); }); },
-                  AnyBadAlloc});
-  // The copy replaces its first matrix, which stays allocated.
-  rows.push_back({prefix + "copy constructor",
-                  [](Attempt& at) {
-                    const A source(2, 3);
-                    at([&] { A a(source); });
-                  },
-                  [](AllocKind, unsigned long long k, unsigned long long calls) {
-                    return BadAlloc(k == calls ? 1 : 0);
-                  },
-                  Done(true, 1), true});
-  // So does the assignment, with the storage of the replaced matrix.
-  rows.push_back({prefix + "assignment",
-                  [](Attempt& at) {
-                    A array(2, 2);
-                    array(1, 1) = T(7);
-                    const A source(2, 3);
-                    at([&] { array = source; });
-                    if (at.Failed() && Shape(array) == Shape2{2, 2}) {
-                      EXPECT_EQ(array(1, 1), T(7));  // the new matrix was not had
-                    } else {
-                      EXPECT_EQ(Shape(array), (Shape2{2, 3}));
-                      EXPECT_EQ(array.IsValid(), !at.Failed());
-                    }
-                  },
-                  [](AllocKind, unsigned long long k, unsigned long long calls) {
-                    return BadAlloc(k == calls ? 2 : 0);
-                  },
-                  Done(true, 2), true});
   // Resize rearranges the elements of a matrix that has some, and sizes the
   // storage of one that has none; either way the extents are gone after a
   // failure and the storage stays.
-  const auto resized = [type](AllocKind, unsigned long long, unsigned long long) {
-    return Raise({{"Error resizing matrix:" + kWhat, "Zt::CZtMatrix<" + type + ">::Resize",
-                   "source\\zt.core.math\\ZtMatrix", true}});
+  const auto resizing = [](unsigned long long from) {
+    return [from](Attempt& at) {
+      A array(from, 3);
+      const void* storage = array.GetDataPtr();
+      at([&] { array.Resize(30, 30); });
+      if (at.Failed()) {
+        EXPECT_EQ(Shape(array), (Shape2{0, 0}));
+        EXPECT_EQ(array.GetDataPtr(), storage);
+      }
+    };
   };
-  for (unsigned long long from : {2ull, 0ull}) {
-    rows.push_back({prefix + "Resize from " + std::to_string(from) + " by 3",
-                    [from](Attempt& at) {
-                      A array(from, 3);
-                      const void* storage = array.GetDataPtr();
-                      at([&] { array.Resize(30, 30); });
-                      if (at.Failed()) {
-                        EXPECT_EQ(Shape(array), (Shape2{0, 0}));
-                        EXPECT_EQ(array.GetDataPtr(), storage);
-                      }
-                    },
-                    resized});
-  }
+  const Failing resized = Always(Raise({{"Error resizing matrix:" + kWhat, "Zt::CZtMatrix<" + type +
+                                         ">::Resize", "source\\zt.core.math\\ZtMatrix", true}}));
   // New and CopyFrom store the new extents before the storage fails.
-  rows.push_back({prefix + "New",
-                  [](Attempt& at) {
-                    A array(1, 2);
-                    const void* storage = array.GetDataPtr();
-                    at([&] { array.New(30, 30); });
-                    EXPECT_EQ(Shape(array), (Shape2{30, 30}));
-                    EXPECT_EQ(array.GetDataPtr() == storage, at.Failed());
-                  },
-                  AnyBadAlloc});
-  rows.push_back({prefix + "CopyFrom",
-                  [](Attempt& at) {
-                    A array(1, 2);
-                    const A source(30, 30);
-                    const void* storage = array.GetDataPtr();
-                    at([&] { array.CopyFrom(&source); });
-                    EXPECT_EQ(Shape(array), (Shape2{30, 30}));
-                    EXPECT_EQ(array.GetDataPtr() == storage, at.Failed());
-                  },
-                  AnyBadAlloc});
+  const auto renewing = [](void (*op)(A&, const A&)) {
+    return [op](Attempt& at) {
+      A array(1, 2);
+      const A source(30, 30);
+      const void* storage = array.GetDataPtr();
+      at([&] { op(array, source); });
+      EXPECT_EQ(Shape(array), (Shape2{30, 30}));
+      EXPECT_EQ(array.GetDataPtr() == storage, at.Failed());
+    };
+  };
+  Sweep({
+      {"default constructor", [](Attempt& at) { at([] { A a; }); }, AnyBadAlloc},
+      {"size constructor", [](Attempt& at) { at([] { A a(3, 3); }); }, AnyBadAlloc},
+      // The copy replaces its first matrix, which stays allocated.
+      {"copy constructor",
+       [](Attempt& at) {
+         const A source(2, 3);
+         at([&] { A a(source); });
+       },
+       [](const Point& p) { return BadAlloc(p.k == p.calls ? 1 : 0); }, Done(true, 1), true},
+      // So does the assignment, with the storage of the replaced matrix.
+      {"assignment",
+       [](Attempt& at) {
+         A array(2, 2);
+         array(1, 1) = T(7);
+         const A source(2, 3);
+         at([&] { array = source; });
+         if (at.Failed() && Shape(array) == Shape2{2, 2}) {
+           EXPECT_EQ(array(1, 1), T(7));  // the new matrix was not had
+         } else {
+           EXPECT_EQ(Shape(array), (Shape2{2, 3}));
+           EXPECT_EQ(array.IsValid(), !at.Failed());
+         }
+       },
+       [](const Point& p) { return BadAlloc(p.k == p.calls ? 2 : 0); }, Done(true, 2), true},
+      {"Resize from 2 by 3", resizing(2), resized},
+      {"Resize from 0 by 3", resizing(0), resized},
+      {"New", renewing([](A& array, const A&) { array.New(30, 30); }), AnyBadAlloc},
+      {"CopyFrom", renewing([](A& array, const A& source) { array.CopyFrom(&source); }),
+       AnyBadAlloc},
+  });
 }
 
 TEST(AllocationSweep, TwoDimensionalArrays) {
-  std::vector<Row> rows;
-  Add2DRows<Zt::CZtArray2DDouble, double>(rows, "double");
-  Add2DRows<Zt::CZtArray2DInt, int>(rows, "int");
-  Sweep(rows);
+  Sweep2D<Zt::CZtArray2DDouble, double>("double");
+  Sweep2D<Zt::CZtArray2DInt, int>("int");
 }
 
 // --- Images --------------------------------------------------------------------
@@ -640,12 +614,10 @@ TEST(AllocationSweep, Images) {
       }
     };
   };
-  const auto refused = [](AllocKind, unsigned long long, unsigned long long) {
-    return Done(false);
-  };
-  const auto silent = [](AllocKind, unsigned long long, unsigned long long) { return Done(); };
+  const Failing refused = Always(Done(false));
+  const Failing silent = Always(Done());
   std::vector<unsigned char> pixels(format.GetByteCount());
-  const std::vector<Row> rows{
+  Sweep({
       {"Create with sizes and types", replacing([&](CZtImage& image, const CZtImage&) {
          return image.Create(5, 3, EPixelType::RGB, EDataType::UShort);
        }),
@@ -724,8 +696,7 @@ TEST(AllocationSweep, Images) {
        },
        AnyBadAlloc,
        Raise({{"Error creating CZtImageMoniker", "Zt::CZtImageMoniker::Create", "ZtImageMoniker"}})},
-  };
-  Sweep(rows);
+  });
 }
 
 // --- Parameter map and metadata store ----------------------------------------------
@@ -785,27 +756,24 @@ TEST(AllocationSweep, ParameterMap) {
          }
          EXPECT_FALSE(map.HasParameter("x"));
        },
-       [](AllocKind, unsigned long long, unsigned long long) { return Raise({kMapOutOfMemory}); }},
+       Always(Raise({kMapOutOfMemory}))},
   };
   for (bool withRecord : {false, true}) {
-    const std::string record = withRecord ? " of a parameter with a value" : " of a new parameter";
-    rows.push_back({"WriteParameter" + record,
-                    [&, withRecord](Attempt& at) {
-                      Zt::CZtSafePtrRepo<TEvent> events;
-                      TParMap map;
-                      prepare(events, map, withRecord);
-                      at([&] { return map.WriteParameter(key, newList); });
-                    },
-                    AnyBadAlloc});
-    rows.push_back({"ReadParameter" + record,
-                    [&, withRecord](Attempt& at) {
-                      Zt::CZtSafePtrRepo<TEvent> events;
-                      TParMap map;
-                      prepare(events, map, withRecord);
-                      std::vector<CZtString> value;
-                      at([&] { return map.ReadParameter(key, value); });
-                    },
-                    AnyBadAlloc});
+    for (bool reading : {false, true}) {
+      rows.push_back({std::string(reading ? "ReadParameter" : "WriteParameter") +
+                          (withRecord ? " of a parameter with a value" : " of a new parameter"),
+                      [&, withRecord, reading](Attempt& at) {
+                        Zt::CZtSafePtrRepo<TEvent> events;
+                        TParMap map;
+                        prepare(events, map, withRecord);
+                        std::vector<CZtString> value;
+                        at([&] {
+                          return reading ? map.ReadParameter(key, value)
+                                         : map.WriteParameter(key, newList);
+                        });
+                      },
+                      AnyBadAlloc});
+    }
   }
   Sweep(rows);
 }
@@ -831,6 +799,16 @@ TEST(AllocationSweep, MetaData) {
       at([&] { op(store); });
     };
   };
+  // A new element of each form, and a read of an element into a fresh value.
+  const auto adding = [&](const auto& value) {
+    return on([&name, &text, value](CZtMetaData& s) { s.AddElement(name + "2", text, value); });
+  };
+  const auto getting = [&](auto tag, auto element) {
+    return on([element](CZtMetaData& s) {
+      decltype(tag) value{};
+      s.GetElement(element, value);
+    });
+  };
   const auto mismatch = [](const char* outer, bool writing, const char* given) {
     Links chain{{outer, writing ? "Zt::CZtMetaData::SetElement" : "Zt::CZtMetaData::GetElement",
                  "ZtMetaData"}};
@@ -844,20 +822,16 @@ TEST(AllocationSweep, MetaData) {
                      function, kMapFile, false, "Zt.ParInvalidTypeException"});
     return Raise(chain);
   };
-  const std::vector<Row> rows{
+  Sweep({
       {"constructor", [](Attempt& at) { at([] { CZtMetaData store; }); },
-       [](AllocKind, unsigned long long k, unsigned long long) { return Constructing(k); },
-       Done(), true},
+       [](const Point& p) { return Constructing(p.k); }, Done(), true},
       // A copy builds its own store, guarded, then copies, unguarded.
       {"copy constructor",
        [&](Attempt& at) {
          const CZtMetaData source = filled();
          at([&] { CZtMetaData copy(source); });
        },
-       [](AllocKind, unsigned long long k, unsigned long long) {
-         return k <= 8 ? Constructing(k) : BadAlloc();
-       },
-       Done(), true},
+       [](const Point& p) { return p.k <= 8 ? Constructing(p.k) : BadAlloc(); }, Done(), true},
       {"assignment",
        [&](Attempt& at) {
          CZtMetaData store;
@@ -866,18 +840,12 @@ TEST(AllocationSweep, MetaData) {
          at([&] { store = source; });
        },
        AnyBadAlloc},
-      {"AddElement unsigned int", on([&](CZtMetaData& s) { s.AddElement(name + "2", text, 1u); }),
-       AnyBadAlloc},
-      {"AddElement double", on([&](CZtMetaData& s) { s.AddElement(name + "2", text, 1.5); }),
-       AnyBadAlloc},
-      {"AddElement text", on([&](CZtMetaData& s) { s.AddElement(name + "2", text, text); }),
-       AnyBadAlloc},
-      {"AddElement CZtArrayUInt",
-       on([&](CZtMetaData& s) { s.AddElement(name + "2", text, numbers); }), AnyBadAlloc},
-      {"AddElement CZtArrayDouble",
-       on([&](CZtMetaData& s) { s.AddElement(name + "2", text, reals); }), AnyBadAlloc},
-      {"AddElement CZtArrayString",
-       on([&](CZtMetaData& s) { s.AddElement(name + "2", text, texts); }), AnyBadAlloc},
+      {"AddElement unsigned int", adding(1u), AnyBadAlloc},
+      {"AddElement double", adding(1.5), AnyBadAlloc},
+      {"AddElement text", adding(text), AnyBadAlloc},
+      {"AddElement CZtArrayUInt", adding(numbers), AnyBadAlloc},
+      {"AddElement CZtArrayDouble", adding(reals), AnyBadAlloc},
+      {"AddElement CZtArrayString", adding(texts), AnyBadAlloc},
       {"SetElement unsigned int", on([](CZtMetaData& s) { s.SetElement("u", 3u); }), AnyBadAlloc},
       {"SetElement double", on([](CZtMetaData& s) { s.SetElement("d", 3.5); }), AnyBadAlloc},
       {"SetElement text", on([](CZtMetaData& s) { s.SetElement("s", CZtString(kLong2)); }),
@@ -886,30 +854,12 @@ TEST(AllocationSweep, MetaData) {
       // the mismatch's own allocations fail as std::bad_alloc.
       {"SetElement CZtArrayString", on([&](CZtMetaData& s) { s.SetElement("u", texts); }),
        AnyBadAlloc, mismatch("Error setting element 'u'", true, "string[]")},
-      {"GetElement unsigned int",
-       on([&](CZtMetaData& s) {
-         unsigned int value = 0;
-         s.GetElement(name, value);  // an array element read as unsigned creates a record
-       }),
-       AnyBadAlloc},
-      {"GetElement text",
-       on([](CZtMetaData& s) {
-         CZtString value;
-         s.GetElement("s", value);
-       }),
-       AnyBadAlloc},
-      {"GetElement CZtArrayUInt",
-       on([](CZtMetaData& s) {
-         Zt::CZtArrayUInt value;
-         s.GetElement("u", value);
-       }),
-       AnyBadAlloc, mismatch("Error getting element 'u'", false, "unsigned[]")},
-      {"GetElement of an unknown name",
-       on([](CZtMetaData& s) {
-         double value = 0;
-         s.GetElement("x", value);
-       }),
-       AnyBadAlloc,
+      // An array element read as unsigned creates a record.
+      {"GetElement unsigned int", getting(0u, name), AnyBadAlloc},
+      {"GetElement text", getting(CZtString(), "s"), AnyBadAlloc},
+      {"GetElement CZtArrayUInt", getting(Zt::CZtArrayUInt(), "u"), AnyBadAlloc,
+       mismatch("Error getting element 'u'", false, "unsigned[]")},
+      {"GetElement of an unknown name", getting(0.0, "x"), AnyBadAlloc,
        Raise({{"Error getting element 'x'", "Zt::CZtMetaData::GetElement", "ZtMetaData"},
               {"Element 'x' doesn't exist in meta data", "Zt::CZtMetaData::GetElement",
                "ZtMetaData"}})},
@@ -920,8 +870,7 @@ TEST(AllocationSweep, MetaData) {
        }),
        AnyBadAlloc},
       {"HasElement", on([&](CZtMetaData& s) { (void)s.HasElement(name); }), AnyBadAlloc},
-  };
-  Sweep(rows);
+  });
 }
 
 // --- Calibration records ---------------------------------------------------------
@@ -933,25 +882,22 @@ TEST(AllocationSweep, CalibrationRecords) {
     record.m_aTexts = Texts({"a", "b"});
     return record;
   };
-  const std::vector<Row> rows{
+  Sweep({
       // The message, the two numeric arrays' objects, then the string array.
       {"default constructor", [](Attempt& at) { at([] { CZtMetricCalibAddImageResult r; }); },
-       [](AllocKind kind, unsigned long long k, unsigned long long) {
-         if (kind == AllocKind::New && k != 3) {
-           return BadAlloc();
-         }
-         return MakingStrings({}, 0, kind, kind == AllocKind::New ? 1 : k);
+       [](const Point& p) {
+         const bool byNew = p.kind == AllocKind::New;
+         return byNew && p.k != 3 ? BadAlloc() : MakingStrings({}, 0, p.kind, byNew ? 1 : p.k);
        }},
       {"copy constructor",
        [&](Attempt& at) {
          const CZtMetricCalibAddImageResult from = source();
          at([&] { CZtMetricCalibAddImageResult r(from); });
        },
-       [](AllocKind kind, unsigned long long k, unsigned long long) {
-         if (kind == AllocKind::New && k <= 3) {
-           return BadAlloc();
-         }
-         return MakingStrings({kCopying}, 2, kind, kind == AllocKind::New ? k - 3 : k);
+       [](const Point& p) {
+         const bool byNew = p.kind == AllocKind::New;
+         return byNew && p.k <= 3 ? BadAlloc()
+                                  : MakingStrings({kCopying}, 2, p.kind, byNew ? p.k - 3 : p.k);
        },
        Done(), true},
       {"assignment",
@@ -961,10 +907,7 @@ TEST(AllocationSweep, CalibrationRecords) {
          at([&] { record = from; });
          EXPECT_EQ(record.m_aTexts.IsValid(), !at.Failed());
        },
-       [](AllocKind kind, unsigned long long k, unsigned long long) {
-         return MakingStrings({kCopying}, 2, kind, k);
-       },
-       Done(), true},
+       Making({kCopying}, 2), Done(), true},
       {"result record copy",
        [](Attempt& at) {
          const Zt::CZtMetricCalibResult from;
@@ -974,8 +917,7 @@ TEST(AllocationSweep, CalibrationRecords) {
          });
        },
        AnyBadAlloc},
-  };
-  Sweep(rows);
+  });
 }
 
 }  // namespace

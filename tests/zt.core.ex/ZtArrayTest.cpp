@@ -8,6 +8,7 @@
 #include "ZtAllocFail.h"
 #include "ZtChain.h"
 #include "ZtCoreEx.h"
+#include "ZtHollowArray.h"
 
 using Zt::IMemory;
 using Zt::IMemoryAccess;
@@ -18,25 +19,24 @@ namespace {
 
 // The numeric arrays, with what their failures must name, written out here
 // rather than taken from the library.
-template <class A, class T, template <class> class Impl>
+template <class A, class T>
 struct Family {
   using Array = A;
   using Elem = T;
-  using Implementation = Impl<T>;
 };
-struct DoubleFamily : Family<Zt::CZtArrayDouble, double, Zt::CZtArrayBase> {
+struct DoubleFamily : Family<Zt::CZtArrayDouble, double> {
   static constexpr const char *Name = "Double", *Type = "double";
 };
-struct IntFamily : Family<Zt::CZtArrayInt, int, Zt::CZtArrayBase> {
+struct IntFamily : Family<Zt::CZtArrayInt, int> {
   static constexpr const char *Name = "Int", *Type = "int";
 };
-struct UCharFamily : Family<Zt::CZtArrayUChar, unsigned char, Zt::CZtArrayBase> {
+struct UCharFamily : Family<Zt::CZtArrayUChar, unsigned char> {
   static constexpr const char *Name = "UChar", *Type = "unsigned char";
 };
-struct UIntFamily : Family<Zt::CZtArrayUInt, unsigned int, Zt::CZtArrayBase> {
+struct UIntFamily : Family<Zt::CZtArrayUInt, unsigned int> {
   static constexpr const char *Name = "UInt", *Type = "unsigned int";
 };
-struct UShortFamily : Family<Zt::CZtArrayUShort, unsigned short, Zt::CZtArrayBase> {
+struct UShortFamily : Family<Zt::CZtArrayUShort, unsigned short> {
   static constexpr const char *Name = "UShort", *Type = "unsigned short";
 };
 
@@ -59,23 +59,11 @@ typename F::Array Counting(unsigned long long n) {
   return array;
 }
 
-struct Double2DFamily : Family<Zt::CZtArray2DDouble, double, Zt::CZtArray2DBase> {
+struct Double2DFamily : Family<Zt::CZtArray2DDouble, double> {
   static constexpr const char *Name = "2DDouble", *Type = "double";
 };
-struct Int2DFamily : Family<Zt::CZtArray2DInt, int, Zt::CZtArray2DBase> {
+struct Int2DFamily : Family<Zt::CZtArray2DInt, int> {
   static constexpr const char *Name = "2DInt", *Type = "int";
-};
-
-// An array that has lost its implementation object; it gets it back before
-// it is destroyed.
-template <class F>
-class Hollow : public F::Array {
-public:
-  Hollow() : m_pSaved(this->m_pBaseRef) { this->m_pBaseRef = nullptr; }
-  ~Hollow() override { this->m_pBaseRef = m_pSaved; }
-
-private:
-  typename F::Implementation* m_pSaved;
 };
 
 template <class F>
@@ -188,7 +176,7 @@ TYPED_TEST(NumericArray, CopiesAreDeepAndSelfCopiesChangeNothing) {
 
 TYPED_TEST(NumericArray, AMissingImplementationIsReportedUnderTheWrappersNames) {
   using A = typename TypeParam::Array;
-  Hollow<TypeParam> hollow;
+  ZtTest::Hollow<A> hollow;
   const A& constant = hollow;
   const A source(1);
   const std::pair<const char*, std::function<void()>> cases[] = {
@@ -315,7 +303,7 @@ TYPED_TEST(TwoDimensionalArray, CopiesAreDeepAndSelfAssignmentEmpties) {
 
 TYPED_TEST(TwoDimensionalArray, AMissingImplementationIsReportedUnderTheWrappersNames) {
   using A = typename TypeParam::Array;
-  Hollow<TypeParam> hollow;
+  ZtTest::Hollow<A> hollow;
   const A& constant = hollow;
   const A source(1, 1);
   unsigned long long rows = 0, columns = 0;

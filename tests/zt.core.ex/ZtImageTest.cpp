@@ -148,13 +148,11 @@ TEST(CZtImage, CopyingFromItselfEndsEmptyBecauseDestroyComesFirst) {
   EXPECT_FALSE(a.IsValid());
   EXPECT_TRUE(IsZeroFormat(a));
 
-  CZtImage b = Patterned(2, 2, EPixelType::RGB, EDataType::UByte);
-  EXPECT_FALSE(b.Create(b));
-  EXPECT_FALSE(b.IsValid());
-
-  CZtImage c = Patterned(2, 2, EPixelType::RGB, EDataType::UByte);
-  EXPECT_FALSE(c.Create(&c));
-  EXPECT_FALSE(c.IsValid());
+  for (bool viaInterface : {false, true}) {
+    CZtImage b = Patterned(2, 2, EPixelType::RGB, EDataType::UByte);
+    EXPECT_FALSE(viaInterface ? b.Create(&b) : b.Create(b)) << viaInterface;
+    EXPECT_FALSE(b.IsValid()) << viaInterface;
+  }
 }
 
 TEST(CZtImage, SetCopiesIntoTheExistingBlockOnlyBetweenEqualFormats) {

@@ -88,17 +88,19 @@ TEST(CZtMemBase, CapacityFollowsTheLengthOnlyUntilTheFirstReservation) {
 }
 
 TEST(CZtMemBase, FailedAllocationsLeaveTheBlockIntact) {
-  const std::pair<const char*, std::function<void(CZtMemBase&)>> cases[] = {
-      {"Error setting memory size: ", [](CZtMemBase& m) { m.Resize(100); }},
-      {"Error reserving memory ", [](CZtMemBase& m) { m.Reserve(100); }},
+  const struct {
+    const char *message, *function;
+    std::function<void(CZtMemBase&)> op;
+  } cases[] = {
+      {"Error setting memory size: ", "Zt::CZtMemBase::Resize", [](CZtMemBase& m) { m.Resize(100); }},
+      {"Error reserving memory ", "Zt::CZtMemBase::Reserve", [](CZtMemBase& m) { m.Reserve(100); }},
   };
-  const char* const functions[] = {"Zt::CZtMemBase::Resize", "Zt::CZtMemBase::Reserve"};
-  for (int i = 0; i < 2; ++i) {
+  for (const auto& c : cases) {
     CZtMem<int> block(3);
     std::memcpy(block.Data(), "0123456789a", 12);
     unsigned char* data = block.Data();
-    ZtTest::ExpectRaiseWhenFailing(AllocKind::Realloc, 1, [&] { cases[i].second(block); },
-                                   {{cases[i].first, functions[i], kMemBase},
+    ZtTest::ExpectRaiseWhenFailing(AllocKind::Realloc, 1, [&] { c.op(block); },
+                                   {{c.message, c.function, kMemBase},
                                     {"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase}});
     EXPECT_EQ(block.Data(), data);
     EXPECT_EQ(StateOf(block), (State{3, 4, 1, 1}));

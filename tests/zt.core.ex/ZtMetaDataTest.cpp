@@ -69,43 +69,33 @@ A ArrayOf(std::initializer_list<T> elements) {
 // For each form: the word GetElementNameType reports, the kind that adding
 // records and the kind that reading and writing demand, and two values.
 template <class V>
-struct Form;
-template <>
-struct Form<unsigned int> {
-  static constexpr const char *word = "uint", *recorded = "unsigned", *demanded = "unsigned";
-  static unsigned int First() { return 4000000000u; }
-  static unsigned int Second() { return 3u; }
+struct FormOf {
+  const char *word, *recorded, *demanded;
+  V first, second;
 };
+template <class V>
+FormOf<V> Form();
 template <>
-struct Form<double> {
-  static constexpr const char *word = "double", *recorded = "double", *demanded = "double";
-  static double First() { return -0.125; }
-  static double Second() { return 6.5e-300; }
-};
+FormOf<unsigned int> Form() { return {"uint", "unsigned", "unsigned", 4000000000u, 3u}; }
 template <>
-struct Form<CZtString> {
-  static constexpr const char *word = "string", *recorded = "string", *demanded = "string";
-  static CZtString First() { return "first text"; }
-  static CZtString Second() { return ""; }
-};
+FormOf<double> Form() { return {"double", "double", "double", -0.125, 6.5e-300}; }
 template <>
-struct Form<CZtArrayUInt> {
-  static constexpr const char *word = "uint", *recorded = "unsigned", *demanded = "unsigned[]";
-  static CZtArrayUInt First() { return ArrayOf<CZtArrayUInt>({1u, 2u, 3u}); }
-  static CZtArrayUInt Second() { return ArrayOf<CZtArrayUInt>({9u}); }
-};
+FormOf<CZtString> Form() { return {"string", "string", "string", "first text", ""}; }
 template <>
-struct Form<CZtArrayDouble> {
-  static constexpr const char *word = "uint", *recorded = "unsigned", *demanded = "double[]";
-  static CZtArrayDouble First() { return ArrayOf<CZtArrayDouble>({0.5, -1.0}); }
-  static CZtArrayDouble Second() { return ArrayOf<CZtArrayDouble>({2.0, 3.0, 4.0}); }
-};
+FormOf<CZtArrayUInt> Form() {
+  return {"uint", "unsigned", "unsigned[]", ArrayOf<CZtArrayUInt>({1u, 2u, 3u}),
+          ArrayOf<CZtArrayUInt>({9u})};
+}
 template <>
-struct Form<CZtArrayString> {
-  static constexpr const char *word = "uint", *recorded = "unsigned", *demanded = "string[]";
-  static CZtArrayString First() { return ArrayOf<CZtArrayString, CZtString>({"a", "b"}); }
-  static CZtArrayString Second() { return ArrayOf<CZtArrayString, CZtString>({"z"}); }
-};
+FormOf<CZtArrayDouble> Form() {
+  return {"uint", "unsigned", "double[]", ArrayOf<CZtArrayDouble>({0.5, -1.0}),
+          ArrayOf<CZtArrayDouble>({2.0, 3.0, 4.0})};
+}
+template <>
+FormOf<CZtArrayString> Form() {
+  return {"uint", "unsigned", "string[]", ArrayOf<CZtArrayString, CZtString>({"a", "b"}),
+          ArrayOf<CZtArrayString, CZtString>({"z"})};
+}
 
 template <class V>
 struct Tag {
@@ -128,32 +118,32 @@ TEST(CZtMetaData, EachFormReachesExactlyTheElementsOfItsKind) {
     using A = typename decltype(added)::type;
     ForEachForm([](auto used) {
       using B = typename decltype(used)::type;
-      const std::string pair = std::string(Form<A>::demanded) + " read as " + Form<B>::demanded;
-      const bool reachable = std::string(Form<A>::recorded) == Form<B>::demanded;
+      const std::string pair = std::string(Form<A>().demanded) + " read as " + Form<B>().demanded;
+      const bool reachable = std::string(Form<A>().recorded) == Form<B>().demanded;
       CZtMetaData store;
-      store.AddElement("x", "description", Form<A>::First());
+      store.AddElement("x", "description", Form<A>().first);
 
-      B value = Form<B>::Second();
+      B value = Form<B>().second;
       const Chain read = Raised([&] { store.GetElement("x", value); });
-      const Chain write = Raised([&] { store.SetElement("x", Form<B>::First()); });
+      const Chain write = Raised([&] { store.SetElement("x", Form<B>().first); });
       if (!reachable) {
-        const Link mismatch = WrongType(Form<A>::recorded, Form<B>::demanded);
+        const Link mismatch = WrongType(Form<A>().recorded, Form<B>().demanded);
         EXPECT_EQ(read, (Chain{Plain("Error getting element 'x'"), mismatch})) << pair;
         EXPECT_EQ(write, (Chain{Plain("Error setting element 'x'"), kWriting, mismatch})) << pair;
-        EXPECT_EQ(Values(value), Values(Form<B>::Second())) << pair << ": out argument changed";
+        EXPECT_EQ(Values(value), Values(Form<B>().second)) << pair << ": out argument changed";
         return;
       }
       EXPECT_TRUE(read.empty()) << pair;
       EXPECT_TRUE(write.empty()) << pair;
       if constexpr (std::is_same_v<A, B>) {
-        EXPECT_EQ(Values(value), Values(Form<A>::First())) << pair;
+        EXPECT_EQ(Values(value), Values(Form<A>().first)) << pair;
       } else {
         // An array element read as a single value meets an empty record.
         EXPECT_EQ(Values(value), Values(B{})) << pair;
       }
-      B after = Form<B>::Second();
+      B after = Form<B>().second;
       store.GetElement("x", after);
-      EXPECT_EQ(Values(after), Values(Form<B>::First())) << pair;
+      EXPECT_EQ(Values(after), Values(Form<B>().first)) << pair;
     });
   });
 }
@@ -164,9 +154,9 @@ TEST(CZtMetaData, AddingANameInUseIsRefusedBareWhateverTheType) {
     ForEachForm([](auto second) {
       using B = typename decltype(second)::type;
       CZtMetaData store;
-      store.AddElement("x", "old", Form<A>::First());
+      store.AddElement("x", "old", Form<A>().first);
       try {
-        store.AddElement("x", "new", Form<B>::Second());
+        store.AddElement("x", "new", Form<B>().second);
         ADD_FAILURE() << "a duplicate was added";
       } catch (CZtException& e) {
         EXPECT_EQ(ChainOf(e), (Chain{Plain("Element 'x' already exists")}));
@@ -176,11 +166,11 @@ TEST(CZtMetaData, AddingANameInUseIsRefusedBareWhateverTheType) {
       EXPECT_EQ(store.GetElementCount(), 1u);
       CZtString name, type;
       store.GetElementNameType(0, name, type);
-      EXPECT_STREQ(type.ToCString(), Form<A>::word);
+      EXPECT_STREQ(type.ToCString(), Form<A>().word);
       if constexpr (!std::is_class_v<A> || std::is_same_v<A, CZtString>) {
         A value{};
         store.GetElement("x", value);
-        EXPECT_EQ(Values(value), Values(Form<A>::First()));
+        EXPECT_EQ(Values(value), Values(Form<A>().first));
       }
     });
   });
@@ -191,12 +181,12 @@ TEST(CZtMetaData, UnknownNamesFailInTwoLayersForReadsAndThreeForWrites) {
   store.AddElement("known", "", 1u);
   ForEachForm([&](auto form) {
     using V = typename decltype(form)::type;
-    V value = Form<V>::Second();
+    V value = Form<V>().second;
     EXPECT_EQ(Raised([&] { store.GetElement("x", value); }),
               (Chain{Plain("Error getting element 'x'"),
                      Plain("Element 'x' doesn't exist in meta data")}));
-    EXPECT_EQ(Values(value), Values(Form<V>::Second()));
-    EXPECT_EQ(Raised([&] { store.SetElement("x", Form<V>::First()); }),
+    EXPECT_EQ(Values(value), Values(Form<V>().second));
+    EXPECT_EQ(Raised([&] { store.SetElement("x", Form<V>().first); }),
               (Chain{Plain("Error setting element 'x'"), kWriting,
                      {"Zt.ParInvalidNameException", "Unknown parameter name"}}));
   });
@@ -251,12 +241,12 @@ TEST(CZtMetaData, EveryLinkNamesItsFileFunctionAndClass) {
 TEST(CZtMetaData, WalksNamesInUnsignedByteOrderAndReportsItsOwnTypeWords) {
   CZtMetaData store;
   EXPECT_EQ(store.GetElementCount(), 0u);
-  store.AddElement("b", "", Form<CZtArrayDouble>::First());
+  store.AddElement("b", "", Form<CZtArrayDouble>().first);
   store.AddElement("a", "", 1.0);
   store.AddElement("\xc3\xa9", "", CZtString("accented"));
   store.AddElement("B", "", 1u);
   store.AddElement("", "", CZtString("empty name"));
-  store.AddElement("ab", "", Form<CZtArrayString>::First());
+  store.AddElement("ab", "", Form<CZtArrayString>().first);
   const std::pair<const char*, const char*> expected[] = {
       {"", "string"}, {"B", "uint"}, {"a", "double"}, {"ab", "uint"}, {"b", "uint"},
       {"\xc3\xa9", "string"}};
@@ -284,7 +274,7 @@ TEST(CZtMetaData, ClearFreesEveryNameAndKeepsTheStoreUsable) {
   CZtMetaData store;
   ForEachForm([&](auto form) {
     using V = typename decltype(form)::type;
-    store.AddElement(Form<V>::demanded, "", Form<V>::First());
+    store.AddElement(Form<V>().demanded, "", Form<V>().first);
   });
   EXPECT_EQ(store.GetElementCount(), 6u);
   store.Clear();

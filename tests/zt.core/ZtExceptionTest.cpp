@@ -61,9 +61,15 @@ TEST(CZtException, KeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
   const auto* head = dynamic_cast<const CZtException*>(outer.get());
   ASSERT_NE(head, nullptr);
   EXPECT_STREQ(head->GetMessageText(), "outer");
+  // A derived link keeps its class, name, GUID, message and place.
   const auto* middle = dynamic_cast<const CTestException*>(head->GetInnerException());
   ASSERT_NE(middle, nullptr);
   EXPECT_STREQ(middle->GetName(), "Zt.TestException");
+  EXPECT_EQ(middle->GetGUID(), CTestException::Guid);
+  EXPECT_STREQ(middle->GetMessageText(), "middle");
+  EXPECT_STREQ(middle->GetFile(), "TestFile");
+  EXPECT_STREQ(middle->GetFunction(), "Zt::Test::Raise");
+  EXPECT_EQ(middle->GetLine(), 7u);
   const auto* first = dynamic_cast<const CZtOutOfMemoryException*>(middle->GetInnerException());
   ASSERT_NE(first, nullptr);
   EXPECT_STREQ(first->GetMessageText(), "std::bad_alloc");
@@ -86,18 +92,6 @@ TEST(CZtException, KeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
   }
   EXPECT_LT(text.find("outer"), text.find("middle"));
   EXPECT_LT(text.find("middle"), text.find("std::bad_alloc"));
-}
-
-TEST(CZtException, CloneKeepsClassNameGuidMessageAndPlace) {
-  CTestException original("detail", nullptr);
-  std::unique_ptr<CIException> clone(original.Clone());
-  ASSERT_NE(dynamic_cast<CTestException*>(clone.get()), nullptr);
-  EXPECT_STREQ(clone->GetName(), "Zt.TestException");
-  EXPECT_EQ(clone->GetGUID(), CTestException::Guid);
-  EXPECT_STREQ(clone->GetMessageText(), "detail");
-  EXPECT_STREQ(clone->GetFile(), "TestFile");
-  EXPECT_STREQ(clone->GetFunction(), "Zt::Test::Raise");
-  EXPECT_EQ(clone->GetLine(), 7u);
 }
 
 TEST(CZtOutOfMemoryException, IsCaughtAsItselfAsCZtExceptionAndAsCIException) {
