@@ -17,6 +17,7 @@
 #include <ostream>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "ZtAllocFail.h"
@@ -80,7 +81,8 @@ public:
   // Runs `op` once with the failure armed, and records how it ended.
   template <class Op>
   void operator()(Op&& op) {
-    std::optional<ZtTest::ZtAllocFail> failure;
+    // With nth 0 the failure only counts.
+    std::optional<ZtTest::ZtAllocFail> failure(std::in_place, m_Kind, m_Nth);
     const auto stop = [&] {
       // The failure ends before the outcome is recorded, whose own
       // allocations must neither fail nor count.
@@ -90,20 +92,13 @@ public:
       }
       failure.reset();
     };
-    if (m_Nth == 0) {
-      failure.emplace();
-    } else {
-      failure.emplace(m_Kind, m_Nth);
-    }
     try {
       if constexpr (std::is_void_v<decltype(op())>) {
         op();
-        stop();
       } else {
-        const bool result = op();
-        stop();
-        m_Outcome.result = result;
+        m_Outcome.result = op();
       }
+      stop();
     } catch (Zt::CZtException& e) {
       stop();
       const long long before = ZtTest::LiveBlocks();
@@ -614,6 +609,14 @@ TEST(AllocationSweep, Images) {
       }
     };
   };
+  // A new image, valid unless its block could not be had.
+  const auto constructing = [](auto argument) {
+    return [argument](Attempt& at) {
+      std::optional<CZtImage> made;
+      at([&] { made.emplace(argument); });
+      EXPECT_EQ(made->IsValid(), !at.Failed());
+    };
+  };
   const Failing refused = Always(Done(false));
   const Failing silent = Always(Done());
   std::vector<unsigned char> pixels(format.GetByteCount());
@@ -643,21 +646,8 @@ TEST(AllocationSweep, Images) {
          return true;
        }),
        silent},
-      {"copy constructor",
-       [&](Attempt& at) {
-         const CZtImage from = source();
-         std::optional<CZtImage> copy;
-         at([&] { copy.emplace(from); });
-         EXPECT_EQ(copy->IsValid(), !at.Failed());
-       },
-       silent},
-      {"format constructor",
-       [&](Attempt& at) {
-         std::optional<CZtImage> made;
-         at([&] { made.emplace(format); });
-         EXPECT_EQ(made->IsValid(), !at.Failed());
-       },
-       silent},
+      {"copy constructor", constructing(source()), silent},
+      {"format constructor", constructing(format), silent},
       {"ConvertType", replacing([](CZtImage& image, const CZtImage& from) {
          return from.ConvertType(image, EPixelType::RGBA, EDataType::Float);
        }),
