@@ -397,14 +397,8 @@ TEST_F(ParMapFixture, ClearKeepsTheTablesAndOnlyFinalizeAllowsASecondInit) {
   EXPECT_TRUE(m_Map.ReadParameter("a", value));
   EXPECT_EQ(value, 0.0) << "the value went with the entry";
 
-  try {
-    m_Map.Init();
-    ADD_FAILURE() << "a second Init passed";
-  } catch (CZtException& e) {
-    EXPECT_EQ(ChainOf(e), (Chain{{"Zt.Exception", "parameter map already initialized"}}));
-    EXPECT_STREQ(e.GetFile(), kMapFile);
-    EXPECT_EQ(e.GetFunction(), kMapClass + "Init");
-  }
+  ZtTest::ExpectRaise([&] { m_Map.Init(); },
+                      {{"parameter map already initialized", kMapClass + "Init", kMapFile}});
   m_Map.Finalize();
   m_Map.Finalize();
   m_Map.Clear();  // no tables: nothing to do

@@ -39,6 +39,7 @@ const std::string kMapClass =
     "Zt::CZtParMap<class std::basic_string<char,struct std::char_traits<char>,class "
     "std::allocator<char> >,class std::basic_string<char,struct std::char_traits<char>,class "
     "std::allocator<char> > >::";
+const char* const kMapFile = "source\\zt.core.development\\ZtParMap";
 
 // --- The six typed forms ------------------------------------------------------------
 
@@ -155,14 +156,8 @@ TEST(CZtMetaData, AddingANameInUseIsRefusedBareWhateverTheType) {
       using B = typename decltype(second)::type;
       CZtMetaData store;
       store.AddElement("x", "old", Form<A>().first);
-      try {
-        store.AddElement("x", "new", Form<B>().second);
-        ADD_FAILURE() << "a duplicate was added";
-      } catch (CZtException& e) {
-        EXPECT_EQ(ChainOf(e), (Chain{Plain("Element 'x' already exists")}));
-        EXPECT_STREQ(e.GetFunction(), "Zt::CZtMetaData::AddElement");
-        EXPECT_STREQ(e.GetFile(), "ZtMetaData");
-      }
+      ZtTest::ExpectRaise([&] { store.AddElement("x", "new", Form<B>().second); },
+                          {{"Element 'x' already exists", "Zt::CZtMetaData::AddElement", "ZtMetaData"}});
       EXPECT_EQ(store.GetElementCount(), 1u);
       CZtString name, type;
       store.GetElementNameType(0, name, type);
@@ -206,36 +201,28 @@ TEST(CZtMetaData, EveryLinkNamesItsFileFunctionAndClass) {
     EXPECT_STREQ(e.GetFunction(), "Zt::CZtMetaData::SetElement");
     const auto* middle = dynamic_cast<const CZtException*>(e.GetInnerException());
     ASSERT_NE(middle, nullptr);
-    EXPECT_STREQ(middle->GetFile(), "source\\zt.core.development\\ZtParMap");
+    EXPECT_STREQ(middle->GetFile(), kMapFile);
     EXPECT_EQ(middle->GetFunction(), kMapClass + "WriteParameter");
     const CIException* first = middle->GetInnerException();
     ASSERT_NE(first, nullptr);
-    EXPECT_STREQ(first->GetFile(), "source\\zt.core.development\\ZtParMap");
+    EXPECT_STREQ(first->GetFile(), kMapFile);
     EXPECT_EQ(first->GetFunction(), kMapClass + "WriteParameter");
     EXPECT_EQ(first->GetGUID(), CGuid("{944D12C7-608C-4509-9755-66A898B5432C}"));
     EXPECT_TRUE(e.HasException(CGuid("{944D12C7-608C-4509-9755-66A898B5432C}")));
     EXPECT_FALSE(e.HasException(CGuid("{3500903C-1B00-4CDB-AFC3-53C91539D6F9}")))
         << "the specific class replaces the parameter base's GUID";
   }
-  try {
-    double value = 0;
-    store.GetElement("n", value);
-    ADD_FAILURE();
-  } catch (CZtException& e) {
-    EXPECT_STREQ(e.GetFunction(), "Zt::CZtMetaData::GetElement");
-    const CIException* first = e.GetInnerException();
-    ASSERT_NE(first, nullptr);
-    EXPECT_EQ(first->GetFunction(), kMapClass + "ReadParameter");
-    EXPECT_STREQ(first->GetName(), "Zt.ParInvalidTypeException");
-  }
-  try {
-    CZtString name, type;
-    store.GetElementNameType(1, name, type);
-    ADD_FAILURE();
-  } catch (CZtException& e) {
-    EXPECT_STREQ(e.GetFunction(), "Zt::CZtMetaData::GetElementNameType");
-    EXPECT_STREQ(e.GetInnerException()->GetFunction(), "Zt::CZtMetaData::GetElementNameType");
-  }
+  double value = 0;
+  ZtTest::ExpectRaise([&] { store.GetElement("n", value); },
+                      {{"Error getting element 'n'", "Zt::CZtMetaData::GetElement", "ZtMetaData"},
+                       {WrongType("unsigned", "double").second, kMapClass + "ReadParameter",
+                        kMapFile, false, "Zt.ParInvalidTypeException"}});
+  CZtString name, type;
+  ZtTest::ExpectRaise([&] { store.GetElementNameType(1, name, type); },
+                      {{"Error Getting Element type", "Zt::CZtMetaData::GetElementNameType",
+                        "ZtMetaData"},
+                       {"Index parameter out of range", "Zt::CZtMetaData::GetElementNameType",
+                        "ZtMetaData"}});
 }
 
 TEST(CZtMetaData, WalksNamesInUnsignedByteOrderAndReportsItsOwnTypeWords) {
