@@ -3,12 +3,14 @@
 #include <new>
 #include <string>
 
+#include "ZtChain.h"
 #include "ZtRaise.h"
 
 using Zt::CIException;
 using Zt::CZtException;
 using Zt::CZtOutOfMemoryException;
 using Zt::CZtString;
+using ZtTest::ExpectRaise;
 
 namespace {
 
@@ -35,49 +37,38 @@ TEST(ZtRaise, NamesFileFunctionAndTheLineOfTheRaise) {
 }
 
 TEST(ZtRaise, GenericMembersUseTheirClassFileAndFullName) {
-  try {
-    CZtProbe<double>::Fail();
-  } catch (CZtException& e) {
-    EXPECT_STREQ(e.GetFile(), "source\\zt.core.ex\\ZtProbe");
-    EXPECT_STREQ(e.GetFunction(), "Zt::CZtProbe<double>::Fail");
-  }
+  ExpectRaise([] { CZtProbe<double>::Fail(); },
+              {{"probe failed", "Zt::CZtProbe<double>::Fail", "source\\zt.core.ex\\ZtProbe"}});
   EXPECT_EQ(Zt::Detail::ZtMemberName<Zt::CZtString>("CZtMemObj", "Reserve"),
             "Zt::CZtMemObj<class Zt::CZtString>::Reserve");
   EXPECT_EQ(Zt::Detail::ZtMemberName<unsigned char>("CZtArrayBase", "New"),
             "Zt::CZtArrayBase<unsigned char>::New");
 }
 
+// The head of a wrapped chain is a plain CZtException, whatever it wraps.
 TEST(ZtRaise, WrappingAddsOneLinkAndAlwaysThrowsCZtException) {
-  try {
-    try {
-      throw CZtOutOfMemoryException::Create("inner", "f", "g", 1);
-    } catch (CIException& e) {
-      ZT_WRAP("Zt::CZtArrayString::Resize", CZtString("Error resizing ") << "Array", e);
-    }
-  } catch (CZtOutOfMemoryException&) {
-    ADD_FAILURE() << "the head of a wrapped chain is a plain CZtException";
-  } catch (CZtException& e) {
-    EXPECT_STREQ(e.GetMessageText(), "Error resizing Array");
-    ASSERT_NE(e.GetInnerException(), nullptr);
-    EXPECT_STREQ(e.GetInnerException()->GetMessageText(), "inner");
-    EXPECT_TRUE(e.HasException(CZtOutOfMemoryException::ClassGuid));
-  }
+  ExpectRaise(
+      [] {
+        try {
+          throw CZtOutOfMemoryException::Create("inner", "f", "g", 1);
+        } catch (CIException& e) {
+          ZT_WRAP("Zt::CZtArrayString::Resize", CZtString("Error resizing ") << "Array", e);
+        }
+      },
+      {{"Error resizing Array", "Zt::CZtArrayString::Resize", "ZtRaiseTest"},
+       {"inner", "g", "f", true}});
 }
 
 TEST(ZtRaise, OutOfMemoryTakesTheTextOfWhatBehindAnOptionalPrefix) {
   const std::bad_alloc failure;
   const std::string what = failure.what();
-  try {
-    ZT_RAISE_OUT_OF_MEMORY("Zt::CZtArrayBase<int>::New", failure);
-  } catch (CZtOutOfMemoryException& e) {
-    EXPECT_EQ(what, e.GetMessageText());
-    EXPECT_EQ(e.GetInnerException(), nullptr);
-  }
-  try {
-    ZT_RAISE_OUT_OF_MEMORY("Zt::CZtMatrix<double>::Resize", failure, "Error resizing matrix:");
-  } catch (CZtOutOfMemoryException& e) {
-    EXPECT_EQ("Error resizing matrix:" + what, e.GetMessageText());
-  }
+  ExpectRaise([&] { ZT_RAISE_OUT_OF_MEMORY("Zt::CZtArrayBase<int>::New", failure); },
+              {{what, "Zt::CZtArrayBase<int>::New", "ZtRaiseTest", true}});
+  ExpectRaise(
+      [&] {
+        ZT_RAISE_OUT_OF_MEMORY("Zt::CZtMatrix<double>::Resize", failure, "Error resizing matrix:");
+      },
+      {{"Error resizing matrix:" + what, "Zt::CZtMatrix<double>::Resize", "ZtRaiseTest", true}});
 }
 
 }  // namespace
