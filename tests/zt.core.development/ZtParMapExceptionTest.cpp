@@ -45,10 +45,9 @@ Expected<E> ExpectedOf() {
 
 template <class E>
 class ParDetailException : public ::testing::Test {};
-using DetailClasses =
-    ::testing::Types<Zt::CZtParInvalidNameException, Zt::CZtParAccessReadException,
-                     Zt::CZtParAccessWriteException, Zt::CZtParInvalidTypeException,
-                     Zt::CZtParInvalidValueException>;
+template <class... E>
+::testing::Types<E...> ClassesOf(const std::tuple<Expected<E>...>&);
+using DetailClasses = decltype(ClassesOf(kExpected));
 // "Zt.ParInvalidNameException" gives "ParInvalidNameException".
 struct DetailClassName {
   template <class E>
