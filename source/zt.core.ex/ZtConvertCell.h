@@ -351,7 +351,7 @@ ZT_CONVERT_AVX512 inline void StreamEnd512() { _mm_sfence(); }
 // Bytes of each intermediate block of a cell: blocks of a conversion that
 // both moves and converts samples stay in the first-level cache, and are
 // large enough that a run read from memory is read in long stretches.
-constexpr std::uint64_t kBlockBytes = 16384;
+constexpr std::uint64_t kBlockBytes = 8192;
 
 // Whether two byte ranges share no byte. Compared as addresses: the ranges
 // may lie in unrelated blocks.
