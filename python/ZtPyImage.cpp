@@ -164,9 +164,11 @@ T SampleFromPython(py::handle value) {
     return static_cast<T>(py::cast<double>(py::float_(py::reinterpret_borrow<py::object>(value))));
   } else {
     using Limits = std::numeric_limits<std::conditional_t<std::is_same_v<T, char>, signed char, T>>;
-    if (!py::isinstance<py::int_>(value)) throw py::type_error("an integer sample is an int");
+    if (PyIndex_Check(value.ptr()) == 0) throw py::type_error("an integer sample is an int");
+    const auto integer = py::reinterpret_steal<py::object>(PyNumber_Index(value.ptr()));
+    if (!integer) throw py::error_already_set();
     int overflow = 0;
-    const long long number = PyLong_AsLongLongAndOverflow(value.ptr(), &overflow);
+    const long long number = PyLong_AsLongLongAndOverflow(integer.ptr(), &overflow);
     if (overflow != 0 || number < static_cast<long long>(Limits::min()) ||
         number > static_cast<long long>(Limits::max()))
       throw py::value_error("sample " + std::string(py::str(value)) + " is out of range");
@@ -266,8 +268,11 @@ void DefineImage(py::module_& module) {
       .def_property_readonly("shape",
                              [](const Image& self) {
                                const CZtImageFormat& format = FormatOf(self);
-                               return py::tuple(py::cast(
-                                   ImageShape(format.Width, format.Height, format.PixelType)));
+                               py::list shape;
+                               for (py::ssize_t side :
+                                    ImageShape(format.Width, format.Height, format.PixelType))
+                                 shape.append(side);
+                               return py::tuple(shape);
                              })
       .def_property_readonly("format",
                              [](const Image& self) { return FormatText(FormatOf(self)); })

@@ -23,9 +23,16 @@ using Zt::CZtString;
 // The store keys a name by its text up to the first NUL.
 CZtString Key(const std::string& name) { return CZtString(name.c_str()); }
 
+// Python ints and whatever else stands for one (NumPy's integer scalars).
+bool IsInteger(py::handle value) {
+  return PyIndex_Check(value.ptr()) != 0 && !py::isinstance<py::float_>(value);
+}
+
 unsigned int ToUInt(py::handle value) {
+  const auto integer = py::reinterpret_steal<py::object>(PyNumber_Index(value.ptr()));
+  if (!integer) throw py::error_already_set();
   int overflow = 0;
-  const long long number = PyLong_AsLongLongAndOverflow(value.ptr(), &overflow);
+  const long long number = PyLong_AsLongLongAndOverflow(integer.ptr(), &overflow);
   if (overflow != 0 || number < 0 || number > std::numeric_limits<unsigned int>::max())
     throw py::value_error("the store holds integers from 0 to 4294967295, not " +
                           std::string(py::str(value)));
@@ -36,7 +43,7 @@ unsigned int ToUInt(py::handle value) {
 // double, CZtString, or one of the three arrays for a list or tuple.
 template <class Use>
 void WithStoreValue(py::handle value, Use&& use) {
-  if (py::isinstance<py::int_>(value)) return use(ToUInt(value));
+  if (IsInteger(value)) return use(ToUInt(value));
   if (py::isinstance<py::float_>(value)) return use(value.cast<double>());
   if (py::isinstance<py::str>(value)) return use(Key(value.cast<std::string>()));
   if (!py::isinstance<py::list>(value) && !py::isinstance<py::tuple>(value))
@@ -48,7 +55,7 @@ void WithStoreValue(py::handle value, Use&& use) {
   std::size_t floats = 0;
   std::size_t texts = 0;
   for (py::handle item : items) {
-    if (py::isinstance<py::int_>(item)) ++ints;
+    if (IsInteger(item)) ++ints;
     else if (py::isinstance<py::float_>(item)) ++floats;
     else if (py::isinstance<py::str>(item)) ++texts;
   }
