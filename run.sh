@@ -16,7 +16,8 @@ cd "$(dirname "$0")"
 
 # Debian packages the build and the tests need.
 PACKAGES=(cmake ninja-build g++ clang binutils libgtest-dev libgmock-dev libbenchmark-dev
-          pkgconf libpng-dev doxygen valgrind libclang-rt-14-dev)
+          pkgconf libpng-dev doxygen valgrind libclang-rt-14-dev
+          python3-dev pybind11-dev python3-numpy python3-pytest python3-dask python3-distributed)
 
 ensure_packages() {
   local missing=()

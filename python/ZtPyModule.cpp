@@ -199,14 +199,39 @@ void CheckCounts(int width, int height, EPixelType::ID layout, EDataType::ID typ
 
 std::string FormatText(const CZtImageFormat& format) { return format.ToString().ToCString(); }
 
+namespace {
+
+// The bound function, owned by the module as _convert.
+PyObject* g_Convert = nullptr;
+
+PyObject* ForwardConvert(PyObject* /*module*/, PyObject* args, PyObject* kwargs) {
+  return PyObject_Call(g_Convert, args, kwargs);
+}
+
+}  // namespace
+
 void DefineConvert(py::module_& module) {
-  module.def("convert", &Convert, py::arg("array"), py::arg("source_layout"),
+  static const char* const description =
+      "Converts an image held in a NumPy array into another layout and sample type.\n\n"
+      "The source is C-contiguous, of shape (H, W) for Lum and the Bayer layouts and\n"
+      "(H, W, C) otherwise. The result has the target dtype (the source's when\n"
+      "target_type is None); with out= it is written into that array.";
+  module.def("_convert", &Convert, py::arg("array"), py::arg("source_layout"),
              py::arg("target_layout"), py::arg("target_type") = py::none(),
-             py::arg("out") = py::none(),
-             "Converts an image held in a NumPy array into another layout and sample type.\n\n"
-             "The source is C-contiguous, of shape (H, W) for Lum and the Bayer layouts and\n"
-             "(H, W, C) otherwise. The result has the target dtype (the source's when\n"
-             "target_type is None); with out= it is written into that array.");
+             py::arg("out") = py::none(), description);
+  // convert itself is a plain built-in function of the module, which pickle
+  // sends by name: Dask's workers receive it that way. A function that
+  // pybind11 makes belongs to a capsule, which cannot be pickled.
+  g_Convert = module.attr("_convert").ptr();
+  static const std::string doc =
+      std::string("convert(array, source_layout, target_layout, target_type=None, out=None)\n"
+                  "--\n\n") +
+      description;
+  static PyMethodDef definition = {
+      "convert", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(&ForwardConvert)),
+      METH_VARARGS | METH_KEYWORDS, doc.c_str()};
+  module.attr("convert") = py::reinterpret_steal<py::object>(
+      PyCFunction_NewEx(&definition, module.ptr(), module.attr("__name__").ptr()));
 }
 
 }  // namespace ZtPy
