@@ -66,3 +66,12 @@ def test_the_dask_example_on_a_local_cluster_of_two_worker_processes():
                       "--scheduler", cluster.scheduler_address)
     assert result.returncode == 0, result.stderr
     assert "bit-identical" in result.stdout and cluster.scheduler_address in result.stdout
+
+
+def test_the_readme_example_runs():
+    readme = (EXAMPLES.parents[1] / "README.md").read_text()
+    code = readme.split("```python\n", 1)[1].split("```", 1)[0]
+    namespace = {}
+    exec(compile(code, "README.md", "exec"), namespace)
+    assert namespace["grey"].shape == (480, 640) and namespace["grey"].dtype == np.float32
+    assert namespace["bgra"][..., 3].min() == 65535
