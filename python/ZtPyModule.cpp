@@ -135,6 +135,8 @@ EPixelType::ID ParseLayout(py::handle value) {
 }
 
 EDataType::ID ParseDataType(py::handle value) {
+  // numpy.dtype(None) is float64; here None is no type at all.
+  if (value.is_none()) throw py::type_error("a data type is needed, not None");
   if (py::isinstance<EDataType::ID>(value)) return value.cast<EDataType::ID>();
   if (py::isinstance<py::str>(value)) {
     const auto name = value.cast<std::string>();
@@ -241,26 +243,11 @@ PYBIND11_MODULE(ztcoreex, module) {
   using namespace ZtPy;
   module.doc() = "Pixel conversion, images and the metadata store of Zt.Core.Ex, for NumPy.";
 
-  py::enum_<EPixelType::ID>(module, "PixelType")
-      .value("RGB", EPixelType::RGB)
-      .value("RGBA", EPixelType::RGBA)
-      .value("Lum", EPixelType::Lum)
-      .value("LumA", EPixelType::LumA)
-      .value("BayerRG", EPixelType::BayerRG)
-      .value("BayerBG", EPixelType::BayerBG)
-      .value("BayerGR", EPixelType::BayerGR)
-      .value("BayerGB", EPixelType::BayerGB)
-      .value("BGR", EPixelType::BGR)
-      .value("BGRA", EPixelType::BGRA);
-  py::enum_<EDataType::ID>(module, "DataType")
-      .value("Byte", EDataType::Byte)
-      .value("UByte", EDataType::UByte)
-      .value("Short", EDataType::Short)
-      .value("UShort", EDataType::UShort)
-      .value("Int", EDataType::Int)
-      .value("UInt", EDataType::UInt)
-      .value("Float", EDataType::Float)
-      .value("Double", EDataType::Double);
+  // The enums take their members from the tables that the name parsing uses.
+  py::enum_<EPixelType::ID> pixelTypes(module, "PixelType");
+  for (const LayoutName& layout : g_Layouts) pixelTypes.value(layout.Name, layout.Id);
+  py::enum_<EDataType::ID> dataTypes(module, "DataType");
+  for (const SampleType& type : g_SampleTypes) dataTypes.value(type.Name, type.Id);
 
   // ztcoreex.Error: str() is the library's own text of the whole chain; the
   // attributes hold this link's parts and .inner the next link.

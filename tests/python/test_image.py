@@ -123,7 +123,7 @@ def test_a_refused_image_conversion_leaves_out_as_it_was():
 
 @pytest.mark.parametrize("args", [(0, 1, "RGB", np.uint8), (1, -1, "RGB", np.uint8),
                                   (65536, 65536, "Lum", np.uint8), (2, 2, "None", np.uint8),
-                                  (2, 2, "RGB", np.int64)])
+                                  (2, 2, "RGB", np.int64), (2, 2, "RGB", None)])
 def test_an_image_the_library_cannot_make_is_refused(args):
     with pytest.raises((ValueError, TypeError)):
         ztcoreex.Image(*args)
