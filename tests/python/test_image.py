@@ -69,15 +69,6 @@ def test_a_view_outlives_every_python_name_of_the_image():
     assert also.tolist()[0][0][0] == 42.0
 
 
-def test_the_view_shares_the_pixels_both_ways():
-    image, _ = _image()
-    view = np.asarray(image)
-    view[1, 2] = (7, 8, 9)
-    assert image.get_pixel(2, 1) == (7, 8, 9)
-    image.set_pixel(0, 0, (1, 2, 3))
-    assert tuple(view[0, 0]) == (1, 2, 3)
-
-
 MOVES = [
     ("create", lambda image, other: image.create(2, 2, "Lum", np.uint8)),
     ("convert into it", lambda image, other: other.convert("Lum", out=image)),
