@@ -151,10 +151,10 @@ EDataType::ID ParseDataType(py::handle value) {
   }
   const auto kind = dtype.kind();
   const auto size = static_cast<int>(dtype.itemsize());
-  for (const SampleType& type : g_SampleTypes) {
-    const char typeKind = type.NumpyName[0] == 'i' ? 'i' : type.NumpyName[0];
-    if (typeKind == kind && type.Size == size && dtype.attr("isnative").cast<bool>()) return type.Id;
-  }
+  // The kind is the first letter of NumPy's name: 'i', 'u' or 'f'.
+  for (const SampleType& type : g_SampleTypes)
+    if (type.NumpyName[0] == kind && type.Size == size && dtype.attr("isnative").cast<bool>())
+      return type.Id;
   throw py::type_error("unsupported dtype " + std::string(py::str(dtype)) +
                        ": use int8, uint8, int16, uint16, int32, uint32, float32 or float64 "
                        "in native byte order");
