@@ -76,9 +76,15 @@ bool ConvertTo(void* target, const void* source, EPixelType::ID targetPixelType,
                const CZtImageFormat& sourceFormat, EPath path);
 
 // The whole selection on a given path: target types first, then source types.
-// False for a target or source type that no conversion handles.
+// False for a target or source type that no conversion handles. The cells run
+// in the rule's floating-point environment (round to nearest, no flushing of
+// denormals, no traps), whatever the caller has set; the caller's settings
+// are back in place when this returns.
 bool ConvertOnPath(EPath path, void* target, const void* source,
                    const CZtImageFormat& targetFormat, const CZtImageFormat& sourceFormat);
+
+// Whether this processor can run the path.
+bool PathUsable(EPath path);
 
 // Whether this processor and its operating system run AVX-512 code with
 // fused multiply-add.

@@ -17,6 +17,9 @@
 #include <cpuid.h>
 #define ZT_CONVERT_FEATURES_FROM_LIBC 0
 #endif
+#if defined(__x86_64__)
+#include <xmmintrin.h>
+#endif
 
 namespace Zt {
 namespace Convert {
@@ -74,11 +77,77 @@ EPath ChoosePath(std::uint32_t count) {
   return count >= kWidePathMinimum && Avx512Usable() ? EPath::Avx512 : EPath::Baseline;
 }
 
+bool PathUsable(EPath path) { return path == EPath::Baseline || Avx512Usable(); }
+
+namespace {
+
+// The floating-point environment of the rule: IEEE round to nearest, ties to
+// even; denormal inputs and results kept as they are; no exception traps.
+// A caller may have set anything else (a rounding mode, flush-to-zero and
+// denormals-are-zero, as audio and graphics code often do), and the results
+// must not depend on it. The cells run with these settings, and the caller's
+// control settings come back afterwards; status flags raised by the
+// arithmetic stay raised, as after any arithmetic.
+//
+// The switch happens here, around calls into the cells' own translation
+// units: a compiler may move floating-point work across a control-register
+// write inside one function, but not across a call it cannot see into.
+#if defined(__x86_64__)
+// MXCSR: status flags in bits 0-5, denormals-are-zero in bit 6, exception
+// masks in bits 7-12, rounding control in bits 13-14, flush-to-zero in bit 15.
+using TControl = unsigned int;
+constexpr TControl kStatusFlags = 0x3Fu;
+constexpr TControl kRuleControl = 0x1F80u;  // all exceptions masked, to nearest
+inline TControl ReadControl() { return _mm_getcsr(); }
+inline void WriteControl(TControl control) { _mm_setcsr(control); }
+#elif defined(__aarch64__)
+// FPCR: all zero is round to nearest, no flush-to-zero, NaNs propagated (no
+// default NaN) and no trapped exceptions; the status flags live in FPSR.
+using TControl = std::uint64_t;
+constexpr TControl kStatusFlags = 0;
+constexpr TControl kRuleControl = 0;
+inline TControl ReadControl() {
+  TControl control;
+  __asm__ __volatile__("mrs %0, fpcr" : "=r"(control) : : "memory");
+  return control;
+}
+inline void WriteControl(TControl control) {
+  __asm__ __volatile__("msr fpcr, %0" : : "r"(control) : "memory");
+}
+#else
+// Elsewhere the caller's environment is taken as it is.
+using TControl = unsigned int;
+constexpr TControl kStatusFlags = 0;
+constexpr TControl kRuleControl = 0;
+inline TControl ReadControl() { return 0; }
+inline void WriteControl(TControl) {}
+#endif
+
+// Runs the conversion in the rule's environment; each register access is
+// skipped when the caller's settings are the rule's already.
+template <class F>
+bool InRuleEnvironment(F&& convert) {
+  const TControl caller = ReadControl();
+  const bool change = (caller & ~kStatusFlags) != kRuleControl;
+  if (change) {
+    WriteControl(kRuleControl | (caller & kStatusFlags));
+  }
+  const bool result = convert();
+  if (change) {
+    WriteControl((caller & ~kStatusFlags) | (ReadControl() & kStatusFlags));
+  }
+  return result;
+}
+
+}  // namespace
+
 bool ConvertOnPath(EPath path, void* target, const void* source,
                    const CZtImageFormat& targetFormat, const CZtImageFormat& sourceFormat) {
   return WithDataType(targetFormat.DataType, [&](auto td) {
-    return ConvertTo<decltype(td)::value>(target, source, targetFormat.PixelType, sourceFormat,
-                                          path);
+    return InRuleEnvironment([&] {
+      return ConvertTo<decltype(td)::value>(target, source, targetFormat.PixelType, sourceFormat,
+                                            path);
+    });
   });
 }
 
