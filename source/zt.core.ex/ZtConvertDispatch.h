@@ -16,7 +16,7 @@ namespace Zt {
 namespace Convert {
 
 // The code a conversion runs on. Every path gives the same bits.
-enum class EPath { Baseline, Avx512 };
+enum class EPath { Baseline, Avx2, Avx512 };
 
 template <EDataType::ID D>
 using TDataTypeConstant = std::integral_constant<EDataType::ID, D>;
@@ -89,6 +89,9 @@ bool PathUsable(EPath path);
 // Whether this processor and its operating system run AVX-512 code with
 // fused multiply-add.
 bool Avx512Usable();
+
+// Whether they run AVX2 code with fused multiply-add (x86-64-v3).
+bool Avx2Usable();
 
 // The path for a conversion of `count` pixels: the widest usable one, and the
 // baseline below a count where the wide path cannot pay for the test.

@@ -34,6 +34,7 @@ bool Avx512Usable() {
   return CPU_FEATURE_ACTIVE(AVX512F) && CPU_FEATURE_ACTIVE(AVX512DQ) &&
          CPU_FEATURE_ACTIVE(AVX512BW) && CPU_FEATURE_ACTIVE(AVX512VL) && CPU_FEATURE_ACTIVE(FMA);
 }
+bool Avx2Usable() { return CPU_FEATURE_ACTIVE(AVX2) && CPU_FEATURE_ACTIVE(FMA); }
 constexpr std::uint32_t kWidePathMinimum = 64;
 
 #elif defined(__x86_64__)
@@ -62,6 +63,26 @@ bool Avx512Usable() {
   const unsigned int needed = bit_AVX512F | bit_AVX512DQ | bit_AVX512BW | bit_AVX512VL;
   return (ebx & needed) == needed;
 }
+
+// Fused multiply-add, AVX2, and the operating system saving the vector
+// registers (XCR0 bits 1 and 2).
+bool Avx2Usable() {
+  unsigned int eax = 0;
+  unsigned int ebx = 0;
+  unsigned int ecx = 0;
+  unsigned int edx = 0;
+  if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0 || (ecx & bit_OSXSAVE) == 0 ||
+      (ecx & bit_FMA) == 0) {
+    return false;
+  }
+  unsigned int xcr0 = 0;
+  unsigned int xcr0High = 0;
+  __asm__("xgetbv" : "=a"(xcr0), "=d"(xcr0High) : "c"(0));
+  if ((xcr0 & 0x6u) != 0x6u || __get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) == 0) {
+    return false;
+  }
+  return (ebx & bit_AVX2) != 0;
+}
 // The processor is only asked when the conversion is large enough to repay
 // the question.
 constexpr std::uint32_t kWidePathMinimum = 65536;
@@ -69,15 +90,25 @@ constexpr std::uint32_t kWidePathMinimum = 65536;
 #else
 
 bool Avx512Usable() { return false; }
+bool Avx2Usable() { return false; }
 constexpr std::uint32_t kWidePathMinimum = 0;
 
 #endif
 
 EPath ChoosePath(std::uint32_t count) {
-  return count >= kWidePathMinimum && Avx512Usable() ? EPath::Avx512 : EPath::Baseline;
+  if (count < kWidePathMinimum) return EPath::Baseline;
+  if (Avx512Usable()) return EPath::Avx512;
+  return Avx2Usable() ? EPath::Avx2 : EPath::Baseline;
 }
 
-bool PathUsable(EPath path) { return path == EPath::Baseline || Avx512Usable(); }
+bool PathUsable(EPath path) {
+  switch (path) {
+    case EPath::Baseline: return true;
+    case EPath::Avx2: return Avx2Usable();
+    case EPath::Avx512: return Avx512Usable();
+  }
+  return false;
+}
 
 namespace {
 

@@ -21,7 +21,7 @@ namespace ZtTest {
 
 using Zt::Convert::EPath;
 
-inline constexpr EPath kAllPaths[] = {EPath::Baseline, EPath::Avx512};
+inline constexpr EPath kAllPaths[] = {EPath::Baseline, EPath::Avx2, EPath::Avx512};
 
 // The paths this processor can run.
 inline std::vector<EPath> Paths() {
@@ -35,6 +35,7 @@ inline std::vector<EPath> Paths() {
 inline const char* PathName(EPath path) {
   switch (path) {
     case EPath::Baseline: return "baseline";
+    case EPath::Avx2: return "avx2";
     case EPath::Avx512: return "avx512";
   }
   return "unknown";
