@@ -1,8 +1,8 @@
 #ifndef ZT_TESTS_EMULATION_H
 #define ZT_TESTS_EMULATION_H
 
-// Whether the tests run under an instruction-set emulator, which runs
-// vector code tens of times slower than the processor: ctest sets
+// Whether the tests run under an instruction-set emulator, which runs the
+// conversions 3 to 30 times slower than the processor does: ctest sets
 // ZT_TEST_EMULATED=1 for every suite of a cross build run through
 // CMAKE_CROSSCOMPILING_EMULATOR. A sweep that takes too long there thins
 // itself with SweepStride; tests that guard against a fault on every input
