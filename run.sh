@@ -8,7 +8,8 @@
 #                   Leak- and UndefinedBehaviorSanitizer, warnings as errors,
 #                   and run every test suite in each build: in the GCC build
 #                   under valgrind's memcheck too, in the sanitizer build the
-#                   fuzzers for 45 seconds each
+#                   fuzzers for 45 seconds each; then cross-compile for
+#                   AArch64 and run the suites under qemu-user
 #   ./run.sh fuzz [seconds]
 #                   run each fuzzer longer in the sanitizer build
 set -euo pipefail
@@ -16,7 +17,8 @@ cd "$(dirname "$0")"
 
 # Debian packages the build and the tests need.
 PACKAGES=(cmake ninja-build g++ clang binutils libgtest-dev libgmock-dev libbenchmark-dev
-          pkgconf libpng-dev doxygen valgrind libclang-rt-14-dev)
+          pkgconf libpng-dev doxygen valgrind libclang-rt-14-dev
+          g++-aarch64-linux-gnu qemu-user googletest)
 
 ensure_packages() {
   local missing=()
@@ -45,6 +47,7 @@ case "${1:-}" in
     cmake --workflow --preset gcc
     cmake --workflow --preset clang
     cmake --workflow --preset asan
+    cmake --workflow --preset aarch64
     ;;
   fuzz)
     # Each fuzz target for [seconds] (default 600) in the sanitizer build,
