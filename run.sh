@@ -8,20 +8,33 @@
 #                   Leak- and UndefinedBehaviorSanitizer, warnings as errors,
 #                   and run every test suite in each build: in the GCC build
 #                   under valgrind's memcheck too, in the sanitizer build the
-#                   fuzzers for 45 seconds each
+#                   fuzzers for 45 seconds each; then cross-compile for
+#                   AArch64 and run the suites under qemu-user
 #   ./run.sh fuzz [seconds]
 #                   run each fuzzer longer in the sanitizer build
+#   ./run.sh bench [benchmark options]
+#                   build zt-convert-bench with OpenCV beside it in build/bench
+#                   and run it once per x86 class this processor can stand
+#                   in for (AVX-512, AVX2, baseline), each ending in a
+#                   markdown table; the tables are printed together at the end
 set -euo pipefail
 cd "$(dirname "$0")"
 
 # Debian packages the build and the tests need.
 PACKAGES=(cmake ninja-build g++ clang binutils libgtest-dev libgmock-dev libbenchmark-dev
           pkgconf libpng-dev doxygen valgrind libclang-rt-14-dev
+          g++-aarch64-linux-gnu qemu-user googletest
           python3-dev pybind11-dev python3-numpy python3-pytest python3-dask python3-distributed)
+# The conversion benchmark's, OpenCV among them for comparison; never needed
+# by the library or its tests.
+BENCH_PACKAGES=(cmake ninja-build g++ libbenchmark-dev libopencv-core-dev libopencv-imgproc-dev)
 
+# ensure_packages [package...]: installs those missing, by default PACKAGES.
 ensure_packages() {
+  local wanted=("$@")
+  [[ ${#wanted[@]} -eq 0 ]] && wanted=("${PACKAGES[@]}")
   local missing=()
-  for package in "${PACKAGES[@]}"; do
+  for package in "${wanted[@]}"; do
     dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
   done
   [[ ${#missing[@]} -eq 0 ]] && return 0
@@ -46,6 +59,7 @@ case "${1:-}" in
     cmake --workflow --preset gcc
     cmake --workflow --preset clang
     cmake --workflow --preset asan
+    cmake --workflow --preset aarch64
     ;;
   fuzz)
     # Each fuzz target for [seconds] (default 600) in the sanitizer build,
@@ -57,8 +71,42 @@ case "${1:-}" in
     cmake --build --preset asan --target zt_fuzzers
     ZT_FUZZ_SECONDS=$seconds ctest --preset asan -L fuzz --timeout $((seconds + 300))
     ;;
+  bench)
+    # One process per class. The engine chooses its path by the features the
+    # C library reports, which GLIBC_TUNABLES narrows; OpenCV by its own
+    # switch. memcpy of the C library follows the tunables too.
+    ensure_packages "${BENCH_PACKAGES[@]}"
+    cmake -S . -B build/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER=g++ \
+      -DZT_BUILD_BENCHMARKS=ON -DZT_BUILD_TESTS=OFF -DZT_BUILD_EXAMPLES=OFF \
+      -DZT_BUILD_TOOLS=OFF -DZT_INSTALL=OFF >/dev/null
+    cmake --build build/bench --target zt-convert-bench
+    flags=$(grep -m1 '^flags' /proc/cpuinfo || true)
+    rm -f build/bench/avx512.txt build/bench/avx2.txt build/bench/baseline.txt
+    classes=("avx512|avx512f" "avx2|avx2" "baseline|")
+    for class in "${classes[@]}"; do
+      name=${class%%|*} needs=${class#*|}
+      [[ -n $needs && " $flags " != *" $needs "* ]] && continue
+      case $name in
+        avx512) tunables=() ;;
+        avx2) tunables=(GLIBC_TUNABLES=glibc.cpu.hwcaps=-AVX512F OPENCV_CPU_DISABLE=AVX512-SKX) ;;
+        baseline) tunables=(GLIBC_TUNABLES=glibc.cpu.hwcaps=-AVX512F,-AVX2,-FMA
+                            OPENCV_CPU_DISABLE=AVX512-SKX,AVX2) ;;
+      esac
+      echo "== class $name: ${tunables[*]:-as the processor is}"
+      env "${tunables[@]}" ./build/bench/bench/zt-convert-bench --benchmark_min_time=0.2 \
+        --benchmark_enable_random_interleaving=true "${@:2}" | tee "build/bench/$name.txt"
+    done
+    echo
+    for class in "${classes[@]}"; do
+      file="build/bench/${class%%|*}.txt"
+      if [[ -f $file ]]; then
+        sed -n '/^#### /,$p' "$file"
+        echo
+      fi
+    done
+    ;;
   *)
-    echo "usage: $0 demo|test|fuzz [seconds]" >&2
+    echo "usage: $0 demo|test|fuzz [seconds]|bench [benchmark options]" >&2
     exit 2
     ;;
 esac

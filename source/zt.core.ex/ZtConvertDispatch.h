@@ -16,7 +16,7 @@ namespace Zt {
 namespace Convert {
 
 // The code a conversion runs on. Every path gives the same bits.
-enum class EPath { Baseline, Avx512 };
+enum class EPath { Baseline, Avx2, Avx512 };
 
 template <EDataType::ID D>
 using TDataTypeConstant = std::integral_constant<EDataType::ID, D>;
@@ -76,13 +76,22 @@ bool ConvertTo(void* target, const void* source, EPixelType::ID targetPixelType,
                const CZtImageFormat& sourceFormat, EPath path);
 
 // The whole selection on a given path: target types first, then source types.
-// False for a target or source type that no conversion handles.
+// False for a target or source type that no conversion handles. The cells run
+// in the rule's floating-point environment (round to nearest, no flushing of
+// denormals, no traps), whatever the caller has set; the caller's settings
+// are back in place when this returns.
 bool ConvertOnPath(EPath path, void* target, const void* source,
                    const CZtImageFormat& targetFormat, const CZtImageFormat& sourceFormat);
+
+// Whether this processor can run the path.
+bool PathUsable(EPath path);
 
 // Whether this processor and its operating system run AVX-512 code with
 // fused multiply-add.
 bool Avx512Usable();
+
+// Whether they run AVX2 code with fused multiply-add (x86-64-v3).
+bool Avx2Usable();
 
 // The path for a conversion of `count` pixels: the widest usable one, and the
 // baseline below a count where the wide path cannot pay for the test.

@@ -17,6 +17,9 @@
 #include <cpuid.h>
 #define ZT_CONVERT_FEATURES_FROM_LIBC 0
 #endif
+#if defined(__x86_64__)
+#include <xmmintrin.h>
+#endif
 
 namespace Zt {
 namespace Convert {
@@ -31,6 +34,7 @@ bool Avx512Usable() {
   return CPU_FEATURE_ACTIVE(AVX512F) && CPU_FEATURE_ACTIVE(AVX512DQ) &&
          CPU_FEATURE_ACTIVE(AVX512BW) && CPU_FEATURE_ACTIVE(AVX512VL) && CPU_FEATURE_ACTIVE(FMA);
 }
+bool Avx2Usable() { return CPU_FEATURE_ACTIVE(AVX2) && CPU_FEATURE_ACTIVE(FMA); }
 constexpr std::uint32_t kWidePathMinimum = 64;
 
 #elif defined(__x86_64__)
@@ -59,6 +63,26 @@ bool Avx512Usable() {
   const unsigned int needed = bit_AVX512F | bit_AVX512DQ | bit_AVX512BW | bit_AVX512VL;
   return (ebx & needed) == needed;
 }
+
+// Fused multiply-add, AVX2, and the operating system saving the vector
+// registers (XCR0 bits 1 and 2).
+bool Avx2Usable() {
+  unsigned int eax = 0;
+  unsigned int ebx = 0;
+  unsigned int ecx = 0;
+  unsigned int edx = 0;
+  if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0 || (ecx & bit_OSXSAVE) == 0 ||
+      (ecx & bit_FMA) == 0) {
+    return false;
+  }
+  unsigned int xcr0 = 0;
+  unsigned int xcr0High = 0;
+  __asm__("xgetbv" : "=a"(xcr0), "=d"(xcr0High) : "c"(0));
+  if ((xcr0 & 0x6u) != 0x6u || __get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) == 0) {
+    return false;
+  }
+  return (ebx & bit_AVX2) != 0;
+}
 // The processor is only asked when the conversion is large enough to repay
 // the question.
 constexpr std::uint32_t kWidePathMinimum = 65536;
@@ -66,19 +90,95 @@ constexpr std::uint32_t kWidePathMinimum = 65536;
 #else
 
 bool Avx512Usable() { return false; }
+bool Avx2Usable() { return false; }
 constexpr std::uint32_t kWidePathMinimum = 0;
 
 #endif
 
 EPath ChoosePath(std::uint32_t count) {
-  return count >= kWidePathMinimum && Avx512Usable() ? EPath::Avx512 : EPath::Baseline;
+  if (count < kWidePathMinimum) return EPath::Baseline;
+  if (Avx512Usable()) return EPath::Avx512;
+  return Avx2Usable() ? EPath::Avx2 : EPath::Baseline;
 }
+
+bool PathUsable(EPath path) {
+  switch (path) {
+    case EPath::Baseline: return true;
+    case EPath::Avx2: return Avx2Usable();
+    case EPath::Avx512: return Avx512Usable();
+  }
+  return false;
+}
+
+namespace {
+
+// The floating-point environment of the rule: IEEE round to nearest, ties to
+// even; denormal inputs and results kept as they are; no exception traps.
+// A caller may have set anything else (a rounding mode, flush-to-zero and
+// denormals-are-zero, as audio and graphics code often do), and the results
+// must not depend on it. The cells run with these settings, and the caller's
+// control settings come back afterwards; status flags raised by the
+// arithmetic stay raised, as after any arithmetic.
+//
+// The switch happens here, around calls into the cells' own translation
+// units: a compiler may move floating-point work across a control-register
+// write inside one function, but not across a call it cannot see into.
+#if defined(__x86_64__)
+// MXCSR: status flags in bits 0-5, denormals-are-zero in bit 6, exception
+// masks in bits 7-12, rounding control in bits 13-14, flush-to-zero in bit 15.
+using TControl = unsigned int;
+constexpr TControl kStatusFlags = 0x3Fu;
+constexpr TControl kRuleControl = 0x1F80u;  // all exceptions masked, to nearest
+inline TControl ReadControl() { return _mm_getcsr(); }
+inline void WriteControl(TControl control) { _mm_setcsr(control); }
+#elif defined(__aarch64__)
+// FPCR: all zero is round to nearest, no flush-to-zero, NaNs propagated (no
+// default NaN) and no trapped exceptions; the status flags live in FPSR.
+using TControl = std::uint64_t;
+constexpr TControl kStatusFlags = 0;
+constexpr TControl kRuleControl = 0;
+inline TControl ReadControl() {
+  TControl control;
+  __asm__ __volatile__("mrs %0, fpcr" : "=r"(control) : : "memory");
+  return control;
+}
+inline void WriteControl(TControl control) {
+  __asm__ __volatile__("msr fpcr, %0" : : "r"(control) : "memory");
+}
+#else
+// Elsewhere the caller's environment is taken as it is.
+using TControl = unsigned int;
+constexpr TControl kStatusFlags = 0;
+constexpr TControl kRuleControl = 0;
+inline TControl ReadControl() { return 0; }
+inline void WriteControl(TControl) {}
+#endif
+
+// Runs the conversion in the rule's environment; each register access is
+// skipped when the caller's settings are the rule's already.
+template <class F>
+bool InRuleEnvironment(F&& convert) {
+  const TControl caller = ReadControl();
+  const bool change = (caller & ~kStatusFlags) != kRuleControl;
+  if (change) {
+    WriteControl(kRuleControl | (caller & kStatusFlags));
+  }
+  const bool result = convert();
+  if (change) {
+    WriteControl((caller & ~kStatusFlags) | (ReadControl() & kStatusFlags));
+  }
+  return result;
+}
+
+}  // namespace
 
 bool ConvertOnPath(EPath path, void* target, const void* source,
                    const CZtImageFormat& targetFormat, const CZtImageFormat& sourceFormat) {
   return WithDataType(targetFormat.DataType, [&](auto td) {
-    return ConvertTo<decltype(td)::value>(target, source, targetFormat.PixelType, sourceFormat,
-                                          path);
+    return InRuleEnvironment([&] {
+      return ConvertTo<decltype(td)::value>(target, source, targetFormat.PixelType, sourceFormat,
+                                            path);
+    });
   });
 }
 

@@ -1,5 +1,11 @@
 # The library as its users meet it: exported symbols, the installed CMake
-# package and the source tree pulled in with add_subdirectory.
+# package and the source tree pulled in with add_subdirectory. They need the
+# install rules, and they inspect and run what they build on the host, so a
+# cross build leaves them out.
+if(NOT ZT_INSTALL OR CMAKE_CROSSCOMPILING)
+  return()
+endif()
+
 set(_zt_packaging ${CMAKE_CURRENT_SOURCE_DIR}/packaging)
 set(_zt_prefix ${CMAKE_BINARY_DIR}/test-install)
 

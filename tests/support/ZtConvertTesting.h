@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -20,18 +21,40 @@ namespace ZtTest {
 
 using Zt::Convert::EPath;
 
-// The paths this processor can run: always the baseline, and AVX-512 where
-// it is usable.
+inline constexpr EPath kAllPaths[] = {EPath::Baseline, EPath::Avx2, EPath::Avx512};
+
+// The paths this processor can run.
 inline std::vector<EPath> Paths() {
-  std::vector<EPath> paths{EPath::Baseline};
-  if (Zt::Convert::Avx512Usable()) {
-    paths.push_back(EPath::Avx512);
+  std::vector<EPath> paths;
+  for (EPath path : kAllPaths) {
+    if (Zt::Convert::PathUsable(path)) paths.push_back(path);
   }
   return paths;
 }
 
 inline const char* PathName(EPath path) {
-  return path == EPath::Baseline ? "baseline" : "avx512";
+  switch (path) {
+    case EPath::Baseline: return "baseline";
+    case EPath::Avx2: return "avx2";
+    case EPath::Avx512: return "avx512";
+  }
+  return "unknown";
+}
+
+// The paths that conversions of this test program have run on. A test
+// environment (ZtConvertPathsRun.cpp) prints them at the end and fails the
+// program when a path this processor has was never run.
+inline std::set<EPath>& PathsRun() {
+  static std::set<EPath> run;
+  return run;
+}
+
+// The engine's selection on one path, noted in PathsRun.
+inline bool RunOnPath(EPath path, void* target, const void* source,
+                      const Zt::CZtImageFormat& targetFormat,
+                      const Zt::CZtImageFormat& sourceFormat) {
+  PathsRun().insert(path);
+  return Zt::Convert::ConvertOnPath(path, target, source, targetFormat, sourceFormat);
 }
 
 inline int SampleBytes(EDataType::ID type) {
@@ -70,7 +93,7 @@ inline std::vector<unsigned char> ConvertOn(EPath path, EPixelType::ID tp, EData
   // Only the width carries the count: the target's size plays no part.
   const Zt::CZtImageFormat sourceFormat(int(count), 1, sp, sd);
   const Zt::CZtImageFormat targetFormat(1, 1, tp, td);
-  EXPECT_TRUE(Zt::Convert::ConvertOnPath(path, target.data(), source, targetFormat, sourceFormat));
+  EXPECT_TRUE(RunOnPath(path, target.data(), source, targetFormat, sourceFormat));
   for (std::size_t i = bytes; i < target.size(); ++i) {
     if (target[i] != kGuard) {
       ADD_FAILURE() << "wrote past the target at byte " << i << ": " << Describe(sp, sd, tp, td);
