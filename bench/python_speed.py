@@ -104,6 +104,7 @@ def main():
     print(f"\n{'4096x4096, out= written once':42} {'C++ ns/px':>10} {'Python':>10} {'ratio':>7}")
     for run_name, cpp_ns in cpp.items():
         way, name = run_name.split("/", 1)
+        name = name.split("/repeats:")[0]
         if way != "engine":
             continue
         py_ns = python_case_ns(name.replace(" (equal formats)", ""), args.runs, rng)
