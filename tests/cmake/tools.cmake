@@ -8,6 +8,7 @@ if(ZT_BUILD_TOOLS)
       tools/ZtImageIoTest.cpp
       tools/ZtPngReadTest.cpp
       tools/ZtConvertCommandTest.cpp
+      tools/ZtAtomicFileTest.cpp
     LIBS zt_image_io PNG::PNG)
   target_include_directories(zt_tools_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/tools)
 
