@@ -16,7 +16,7 @@ cd "$(dirname "$0")"
 
 # Debian packages the build and the tests need.
 PACKAGES=(cmake ninja-build g++ clang binutils libgtest-dev libgmock-dev libbenchmark-dev
-          pkgconf libpng-dev doxygen valgrind libclang-rt-14-dev)
+          pkgconf libpng-dev doxygen valgrind libclang-rt-14-dev dpkg-dev lintian)
 
 ensure_packages() {
   local missing=()
