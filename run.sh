@@ -8,7 +8,7 @@
 #                   Leak- and UndefinedBehaviorSanitizer, warnings as errors,
 #                   and run every test suite in each build: in the GCC build
 #                   under valgrind's memcheck too, in the sanitizer build the
-#                   fuzzers for 45 seconds each
+#                   fuzzers for 45 seconds each (the file readers' for 25)
 #   ./run.sh fuzz [seconds]
 #                   run each fuzzer longer in the sanitizer build
 set -euo pipefail
