@@ -6,13 +6,14 @@
 // target layout and target data type.
 //
 // A cell selects raw samples by the layouts (which samples travel, where they
-// land) and converts each by the sample rule. Each cell is compiled twice:
-// once for the baseline instruction set, where the compiler vectorises the
-// scalar rule of ZtSampleRule.h, and once, in functions of their own marked
-// for AVX-512, for processors that have it, where the rule is written out for
-// AVX-512 registers (ZtSampleRule512.h). Both give the same bits: every step
-// is an IEEE operation that vector lanes round exactly as scalar code does,
-// and moving samples is exact.
+// land) and converts each by the sample rule. On x86-64 each cell is
+// compiled three times: for the baseline instruction set and, in functions
+// of their own marked for it, for AVX2 with FMA, where the compiler
+// vectorises the scalar rule of ZtSampleRule.h; and for AVX-512, where the
+// rule is written out for AVX-512 registers (ZtSampleRule512.h). Elsewhere
+// there is the one compilation. All give the same bits: every step is an
+// IEEE operation that vector lanes round exactly as scalar code does, and
+// moving samples is exact.
 //
 // Included only by ZtConvertCells.cpp, which instantiates the cells of one
 // target data type per translation unit.
