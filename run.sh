@@ -8,8 +8,9 @@
 #                   Leak- and UndefinedBehaviorSanitizer, warnings as errors,
 #                   and run every test suite in each build: in the GCC build
 #                   under valgrind's memcheck too, in the sanitizer build the
-#                   fuzzers for 45 seconds each; then cross-compile for
-#                   AArch64 and run the suites under qemu-user
+#                   fuzzers for 45 seconds each (the file readers' for 25);
+#                   then cross-compile for AArch64 and run the suites under
+#                   qemu-user
 #   ./run.sh fuzz [seconds]
 #                   run each fuzzer longer in the sanitizer build
 #   ./run.sh bench [benchmark options]
@@ -22,7 +23,7 @@ cd "$(dirname "$0")"
 
 # Debian packages the build and the tests need.
 PACKAGES=(cmake ninja-build g++ clang binutils libgtest-dev libgmock-dev libbenchmark-dev
-          pkgconf libpng-dev doxygen valgrind libclang-rt-14-dev
+          pkgconf libpng-dev doxygen valgrind libclang-rt-14-dev dpkg-dev lintian
           g++-aarch64-linux-gnu qemu-user googletest
           python3-dev pybind11-dev python3-numpy python3-pytest python3-dask python3-distributed)
 # The conversion benchmark's, OpenCV among them for comparison; never needed

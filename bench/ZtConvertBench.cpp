@@ -189,10 +189,11 @@ const char* ClassName() {
   return "baseline";
 }
 
-// The engine's path on each class: AVX-512 where the processor has it, the
-// code compiled for the x86-64 baseline elsewhere.
+// The engine's path on each class: the widest the processor has, among
+// AVX-512, AVX2 with FMA and the x86-64 baseline.
 const char* EnginePath(const std::string& machineClass) {
-  return machineClass == "AVX-512" ? "AVX-512" : "baseline (x86-64)";
+  if (machineClass == "AVX-512") return "AVX-512";
+  return machineClass == "AVX2" ? "AVX2 with FMA" : "baseline (x86-64)";
 }
 
 // --- Agreement of OpenCV with the rule -------------------------------------------

@@ -3,6 +3,7 @@
 // at, and a table of the conversions with their time per pixel.
 //
 //   zt-demo [OUTPUT DIR]        (default: demo-output)
+//   zt-demo --help | --version
 
 #include <sys/stat.h>
 
@@ -62,7 +63,32 @@ void PrintRow(const std::string& from, const std::string& to, double ns, const s
 
 }  // namespace
 
+const char kDemoUsage[] =
+    "usage: zt-demo [OUTPUT DIR]\n"
+    "\n"
+    "Makes a test chart in code, takes it through pixel and file formats with\n"
+    "zt-convert's code path and writes the pictures to OUTPUT DIR (default:\n"
+    "demo-output), with a table of the conversions and their time per pixel.\n"
+    "\n"
+    "options:\n"
+    "  -h, --help     print this text\n"
+    "      --version  print the version\n";
+
 int main(int argc, char** argv) {
+  const std::string argument = argc > 1 ? argv[1] : "";
+  if (argument == "-h" || argument == "--help") {
+    std::fputs(kDemoUsage, stdout);
+    return 0;
+  }
+  if (argument == "--version") {
+    std::printf("zt-demo (Zt.Core.Ex) %s\n", ZtTools::PackageVersion());
+    return 0;
+  }
+  if (argc > 2 || (argument.size() > 1 && argument[0] == '-')) {
+    std::fprintf(stderr, "zt-demo: %s\n%s", argc > 2 ? "one OUTPUT DIR at most" : ("unknown option " + argument).c_str(),
+                 kDemoUsage);
+    return 2;
+  }
   const std::string directory = argc > 1 ? argv[1] : "demo-output";
   mkdir(directory.c_str(), 0777);
   const auto path = [&](const std::string& name) { return directory + "/" + name; };

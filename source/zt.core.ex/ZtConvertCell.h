@@ -6,13 +6,14 @@
 // target layout and target data type.
 //
 // A cell selects raw samples by the layouts (which samples travel, where they
-// land) and converts each by the sample rule. Each cell is compiled twice:
-// once for the baseline instruction set, where the compiler vectorises the
-// scalar rule of ZtSampleRule.h, and once, in functions of their own marked
-// for AVX-512, for processors that have it, where the rule is written out for
-// AVX-512 registers (ZtSampleRule512.h). Both give the same bits: every step
-// is an IEEE operation that vector lanes round exactly as scalar code does,
-// and moving samples is exact.
+// land) and converts each by the sample rule. On x86-64 each cell is
+// compiled three times: for the baseline instruction set and, in functions
+// of their own marked for it, for AVX2 with FMA, where the compiler
+// vectorises the scalar rule of ZtSampleRule.h; and for AVX-512, where the
+// rule is written out for AVX-512 registers (ZtSampleRule512.h). Elsewhere
+// there is the one compilation. All give the same bits: every step is an
+// IEEE operation that vector lanes round exactly as scalar code does, and
+// moving samples is exact.
 //
 // Included only by ZtConvertCells.cpp, which instantiates the cells of one
 // target data type per translation unit.
@@ -321,26 +322,32 @@ struct TMove512 {
 // sample. Contiguous on both sides, so the compiler vectorises it on any
 // instruction set. One instance per pair of types and path, shared by the
 // cells.
-template <EDataType::ID SD, EDataType::ID TD>
+template <EDataType::ID SD, EDataType::ID TD, bool Fused>
 ZT_CONVERT_INLINE void ConvertLoop(Sample::TSample<TD>* __restrict t,
                                    const Sample::TSample<SD>* __restrict s, std::uint64_t n) {
   for (std::uint64_t i = 0; i < n; ++i) {
-    Write(t + i, Sample::ConvertSample<SD, TD>(Read(s + i)));
+    Write(t + i, Sample::ConvertSample<SD, TD, Fused>(Read(s + i)));
   }
 }
 template <EDataType::ID SD, EDataType::ID TD>
 ZT_CONVERT_NOINLINE void ConvertRun(Sample::TSample<TD>* __restrict t,
                                     const Sample::TSample<SD>* __restrict s, std::uint64_t n) {
-  ConvertLoop<SD, TD>(t, s, n);
+  // AArch64 always has fused multiply-add; the x86-64 baseline has none.
+#if defined(__aarch64__)
+  ConvertLoop<SD, TD, true>(t, s, n);
+#else
+  ConvertLoop<SD, TD, false>(t, s, n);
+#endif
 }
 #if ZT_CONVERT_X86
 // The same loop compiled for AVX2 with FMA (x86-64-v3): the compiler
-// vectorises the one scalar rule four doubles wide.
+// vectorises the one scalar rule four doubles wide, its quotients formed by
+// fused multiply-add instead of the divider.
 template <EDataType::ID SD, EDataType::ID TD>
 ZT_CONVERT_AVX2 ZT_CONVERT_NOINLINE void ConvertRunAvx2(Sample::TSample<TD>* __restrict t,
                                                        const Sample::TSample<SD>* __restrict s,
                                                        std::uint64_t n) {
-  ConvertLoop<SD, TD>(t, s, n);
+  ConvertLoop<SD, TD, true>(t, s, n);
 }
 #endif
 #if ZT_CONVERT_X86

@@ -39,50 +39,37 @@ constexpr std::uint32_t kWidePathMinimum = 64;
 
 #elif defined(__x86_64__)
 
-// Asks the processor itself: fused multiply-add, the four AVX-512 subsets,
-// and that the operating system saves the vector and mask registers (XCR0
-// bits 1, 2, 5, 6 and 7).
-bool Avx512Usable() {
+// Asks the processor itself: the feature bits of cpuid leaf 7 (EBX) when
+// it has fused multiply-add and the operating system saves the registers
+// named by `xcr0Bits`; 0 otherwise.
+static unsigned int Leaf7WithFma(unsigned int xcr0Bits) {
   unsigned int eax = 0;
   unsigned int ebx = 0;
   unsigned int ecx = 0;
   unsigned int edx = 0;
   if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0 || (ecx & bit_OSXSAVE) == 0 ||
       (ecx & bit_FMA) == 0) {
-    return false;
+    return 0;
   }
   unsigned int xcr0 = 0;
   unsigned int xcr0High = 0;
   __asm__("xgetbv" : "=a"(xcr0), "=d"(xcr0High) : "c"(0));
-  if ((xcr0 & 0xE6u) != 0xE6u) {
-    return false;
+  if ((xcr0 & xcr0Bits) != xcr0Bits || __get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) == 0) {
+    return 0;
   }
-  if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) == 0) {
-    return false;
-  }
-  const unsigned int needed = bit_AVX512F | bit_AVX512DQ | bit_AVX512BW | bit_AVX512VL;
-  return (ebx & needed) == needed;
+  return ebx;
 }
 
-// Fused multiply-add, AVX2, and the operating system saving the vector
-// registers (XCR0 bits 1 and 2).
-bool Avx2Usable() {
-  unsigned int eax = 0;
-  unsigned int ebx = 0;
-  unsigned int ecx = 0;
-  unsigned int edx = 0;
-  if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0 || (ecx & bit_OSXSAVE) == 0 ||
-      (ecx & bit_FMA) == 0) {
-    return false;
-  }
-  unsigned int xcr0 = 0;
-  unsigned int xcr0High = 0;
-  __asm__("xgetbv" : "=a"(xcr0), "=d"(xcr0High) : "c"(0));
-  if ((xcr0 & 0x6u) != 0x6u || __get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) == 0) {
-    return false;
-  }
-  return (ebx & bit_AVX2) != 0;
+// The four AVX-512 subsets, with the vector and mask registers saved (XCR0
+// bits 1, 2, 5, 6 and 7).
+bool Avx512Usable() {
+  const unsigned int needed = bit_AVX512F | bit_AVX512DQ | bit_AVX512BW | bit_AVX512VL;
+  return (Leaf7WithFma(0xE6u) & needed) == needed;
 }
+
+// AVX2, with the vector registers saved (XCR0 bits 1 and 2).
+bool Avx2Usable() { return (Leaf7WithFma(0x6u) & bit_AVX2) != 0; }
+
 // The processor is only asked when the conversion is large enough to repay
 // the question.
 constexpr std::uint32_t kWidePathMinimum = 65536;

@@ -79,20 +79,40 @@ struct TDataType<EDataType::Double> : TFloating<double> {};
 template <EDataType::ID D>
 using TSample = typename TDataType<D>::Type;
 
+// The quotient v / P of a sample, correctly rounded. Where fused
+// multiply-add is at hand (Fused) it comes from the rounded reciprocal
+// R = 1 / P instead of the divider, which vector units run several times
+// faster: e = v * R is within an ulp of v / P, the remainder v - e * P is
+// exact in one fused operation, and e + remainder * R, rounded once, is the
+// correctly rounded quotient. The samples are few enough to check them all:
+// the tests compare it with the division on every sample of every integer
+// type.
+template <class T, bool Fused>
+inline double Quotient(double v) {
+  if constexpr (Fused) {
+    constexpr double kReciprocal = 1.0 / T::P;
+    const double estimate = v * kReciprocal;
+    const double remainder = __builtin_fma(-estimate, T::P, v);
+    return __builtin_fma(remainder, kReciprocal, estimate);
+  } else {
+    return v / T::P;
+  }
+}
+
 // Raw sample to normalised value.
-template <EDataType::ID D>
+template <EDataType::ID D, bool Fused = false>
 inline double DecodeSample(TSample<D> sample) {
   using T = TDataType<D>;
   if constexpr (T::Kind == EKind::Floating) {
     return static_cast<double>(sample);
   } else if constexpr (T::Kind == EKind::Unsigned) {
-    return static_cast<double>(sample) / T::P;
+    return Quotient<T, Fused>(static_cast<double>(sample));
   } else {
     // Both sides are computed and one is selected. The negative side is a
     // product with a power of two and exact, so the bottom sample gives
     // exactly -1.0; zero takes it and gives +0.0.
     const double value = static_cast<double>(sample);
-    const double positive = value / T::P;
+    const double positive = Quotient<T, Fused>(value);
     const double negative = value * T::F;
     return sample > 0 ? positive : negative;
   }
@@ -119,7 +139,11 @@ inline TSample<D> EncodeSample(double value) {
     // A NaN fails both saturation tests; it gets the truncation's value for
     // NaN here, so the cast below only ever sees a number in range.
     const double inRange = scaled == scaled ? scaled : nanResult;
-    const double clamped = scaled > T::P ? T::P : (low > scaled ? low : inRange);
+    // Both comparisons are made on every sample: a comparison made only when
+    // another fails is a branch the vectoriser cannot turn into a select.
+    const bool high = scaled > T::P;
+    const bool below = low > scaled;
+    const double clamped = high ? T::P : (below ? low : inRange);
     if constexpr (D == EDataType::UInt) {
       return static_cast<std::uint32_t>(clamped);
     } else {
@@ -130,12 +154,12 @@ inline TSample<D> EncodeSample(double value) {
 
 // Raw sample to raw sample. Equal types copy the bits, so a NaN keeps its
 // payload and -0.0 stays -0.0.
-template <EDataType::ID S, EDataType::ID T>
+template <EDataType::ID S, EDataType::ID T, bool Fused = false>
 inline TSample<T> ConvertSample(TSample<S> sample) {
   if constexpr (S == T) {
     return sample;
   } else {
-    return EncodeSample<T>(DecodeSample<S>(sample));
+    return EncodeSample<T>(DecodeSample<S, Fused>(sample));
   }
 }
 

@@ -8,12 +8,16 @@ if(ZT_BUILD_TOOLS)
       tools/ZtImageIoTest.cpp
       tools/ZtPngReadTest.cpp
       tools/ZtConvertCommandTest.cpp
+      tools/ZtAtomicFileTest.cpp
     LIBS zt_image_io PNG::PNG)
   target_include_directories(zt_tools_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/tools)
 
   add_test(NAME zt_convert_cli
     COMMAND bash ${CMAKE_CURRENT_SOURCE_DIR}/tools/zt_convert_cli.sh $<TARGET_FILE:zt-convert>
       ${CMAKE_CURRENT_BINARY_DIR}/zt-convert-cli)
+  add_test(NAME zt_convert_completion
+    COMMAND bash ${CMAKE_CURRENT_SOURCE_DIR}/tools/zt_convert_completion.sh
+      ${PROJECT_SOURCE_DIR}/tools/completion/zt-convert ${CMAKE_CURRENT_BINARY_DIR}/zt-convert-completion)
 endif()
 
 if(ZT_BUILD_TOOLS AND ZT_BUILD_EXAMPLES)

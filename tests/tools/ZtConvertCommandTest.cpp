@@ -23,6 +23,13 @@ struct SRun {
   const char* Said;  // on stdout for a success, on stderr for a failure
 };
 
+// grey.pgm of the directory converted to PNG, as the tool does it.
+CBytes ReadPgmAsPng(const CScratchDir& dir) {
+  std::ostringstream out, err;
+  EXPECT_EQ(RunConvertCommand({dir / "grey.pgm", dir / "grey.png"}, out, err), kExitSuccess) << err.str();
+  return ZtTest::ReadBytes(dir / "grey.png");
+}
+
 int RunIn(const CScratchDir& dir, const SRun& run, std::ostringstream& out, std::ostringstream& err) {
   std::vector<std::string> arguments = run.Options;
   arguments.insert(arguments.end(), {dir / run.Input, dir / run.Output});
@@ -30,37 +37,56 @@ int RunIn(const CScratchDir& dir, const SRun& run, std::ostringstream& out, std:
 }
 
 TEST(ZtConvertCommand, ParsesEveryOptionSpelling) {
+  using Files = std::vector<std::string>;
   const struct {
     std::vector<std::string> Arguments;
-    const char* Input;
-    const char* Output;
+    Files Expected;
     std::optional<EPixelType::ID> PixelType;
     std::optional<EDataType::ID> DataType;
+    std::optional<EFileFormat> OutputFormat;
     bool Raw;
     bool Verbose;
   } cases[] = {
-      {{"in.png", "out.pgm"}, "in.png", "out.pgm", {}, {}, false, false},
-      {{"-l", "lum", "-t", "UShort", "in.png", "out.pgm"}, "in.png", "out.pgm", EPixelType::Lum, EDataType::UShort,
-       false, false},
-      {{"in.png", "--layout=BGRA", "out.png", "--type", "ubyte"}, "in.png", "out.png", EPixelType::BGRA,
-       EDataType::UByte, false, false},
-      {{"-v", "-r", "4x4, BayerRG, UShort", "in.raw", "out.png"}, "in.raw", "out.png", {}, {}, true, true},
-      {{"--raw-format=4x4,BayerRG,UShort", "--verbose", "--", "in.raw", "-out.png"}, "in.raw", "-out.png", {}, {},
-       true, true},
-      {{"--", "-in.pgm", "-l"}, "-in.pgm", "-l", {}, {}, false, false},
+      {{"in.png", "out.pgm"}, {"in.png", "out.pgm"}, {}, {}, {}, false, false},
+      {{"-l", "lum", "-t", "UShort", "in.png", "out.pgm"}, {"in.png", "out.pgm"}, EPixelType::Lum,
+       EDataType::UShort, {}, false, false},
+      {{"in.png", "--layout=BGRA", "out.png", "--type", "ubyte"}, {"in.png", "out.png"}, EPixelType::BGRA,
+       EDataType::UByte, {}, false, false},
+      {{"-v", "-r", "4x4, BayerRG, UShort", "in.raw", "out.png"}, {"in.raw", "out.png"}, {}, {}, {}, true, true},
+      {{"--raw-format=4x4,BayerRG,UShort", "--verbose", "--", "in.raw", "-out.png"}, {"in.raw", "-out.png"}, {},
+       {}, {}, true, true},
+      {{"--", "-in.pgm", "-l"}, {"-in.pgm", "-l"}, {}, {}, {}, false, false},
+      // A lone "-" is a file name: the standard streams.
+      {{"-", "-f", "PNM", "-"}, {"-", "-"}, {}, {}, EFileFormat::Pnm, false, false},
+      {{"--format=.pam", "a", "b"}, {"a", "b"}, {}, {}, EFileFormat::Pam, false, false},
+      {{"--info", "a.png", "-", "c.pgm"}, {"a.png", "-", "c.pgm"}, {}, {}, {}, false, false},
   };
   for (const auto& c : cases) {
     const SConvertOptions options = ParseConvertArguments(c.Arguments);
-    EXPECT_EQ(options.Input, c.Input);
-    EXPECT_EQ(options.Output, c.Output);
+    EXPECT_EQ(options.Files, c.Expected);
     EXPECT_EQ(options.PixelType, c.PixelType);
     EXPECT_EQ(options.DataType, c.DataType);
+    EXPECT_EQ(options.OutputFormat, c.OutputFormat);
     EXPECT_EQ(options.RawFormat.has_value(), c.Raw);
     EXPECT_EQ(options.Verbose, c.Verbose);
   }
   EXPECT_EQ(ParseConvertArguments({"-r", "2x3, LumA, Int", "a.raw", "b.raw"}).RawFormat,
             CZtImageFormat(2, 3, EPixelType::LumA, EDataType::Int));
+  EXPECT_EQ(ParseConvertArguments({"a", "b"}).MaxPixels, 268435456u);
+  EXPECT_EQ(ParseConvertArguments({"--max-pixels", "12", "a", "b"}).MaxPixels, 12u);
   EXPECT_TRUE(ParseConvertArguments({"--help"}).Help);
+  EXPECT_TRUE(ParseConvertArguments({"--version"}).Version);
+}
+
+TEST(ZtConvertCommand, HelpAndVersionGoToStandardOutput) {
+  for (const char* option : {"-h", "--help", "--version"}) {
+    std::ostringstream out, err;
+    EXPECT_EQ(RunConvertCommand({option}, out, err), kExitSuccess);
+    EXPECT_TRUE(err.str().empty());
+    EXPECT_NE(out.str().find(option[2] == 'v' ? "zt-convert (Zt.Core.Ex) 1." : "usage: zt-convert"),
+              std::string::npos)
+        << out.str();
+  }
 }
 
 TEST(ZtConvertCommand, RefusesBadCommandLinesWithExitCodeTwo) {
@@ -77,11 +103,29 @@ TEST(ZtConvertCommand, RefusesBadCommandLinesWithExitCodeTwo) {
       {{"-l", "YUV", "a.png", "b.png"}, "unknown layout 'YUV'"},
       {{"-t", "half", "a.png", "b.png"}, "unknown sample type 'half'"},
       {{"-r", "4x4 BayerRG UShort", "a.raw", "b.png"}, "expected WIDTHxHEIGHT, LAYOUT, TYPE"},
-      {{"-r", "4x4, BayerRG, UShort", "a.png", "b.png"}, "--raw-format is for a .raw INPUT only"},
+      {{"--max-pixels", "0", "a.png", "b.png"}, "--max-pixels needs a positive whole number, not '0'"},
+      {{"--max-pixels=1e6", "a.png", "b.png"}, "needs a positive whole number, not '1e6'"},
+      {{"--info"}, "--info needs at least one FILE"},
+      {{"--info", "-t", "UByte", "a.png"}, "--info takes no"},
+      // What the arguments alone show, found before INPUT is opened: none of
+      // these inputs exists, which would be exit code 1.
+      {{"absent.png", "b.tiff"}, "unknown file format of 'b.tiff'"},
+      {{"absent.png", "noextension"}, "unknown file format of 'noextension'"},
+      {{"-f", "jpeg", "absent.png", "b.png"}, "unknown file format 'jpeg'"},
+      {{"absent.png", "-"}, "writing to standard output needs its format given (-f)"},
+      {{"absent.png", "b.pbm"}, "PBM files are read, not written"},
+      {{"absent.raw", "b.png"}, "absent.raw: a raw file needs its format given"},
+      {{"-l", "BayerRG", "absent.png", "b.raw"}, "a BayerRG target is only a copy of a raw input"},
+      {{"-l", "BayerRG", "-r", "2x2, BayerGB, UByte", "absent.raw", "b.raw"}, "a BayerRG target is only a copy"},
+      {{"-l", "BayerRG", "-t", "UShort", "-r", "2x2, BayerRG, UByte", "absent.raw", "b.raw"}, "only a copy"},
+      {{"-t", "Double", "absent.pgm", "out.ppm"}, "out.ppm: PPM files hold RGB with UByte or UShort samples, not Double"},
+      {{"-l", "RGB", "absent.pgm", "out.pgm"}, "PGM files hold Lum with UByte or UShort samples, not RGB"},
+      {{"-l", "LumA", "-t", "Float", "absent.pgm", "out.pfm"}, "PFM files hold Lum or RGB with Float samples, not LumA, Float"},
+      {{"-f", "ppm", "-l", "Lum", "absent.pgm", "out.png"}, "out.png: PPM files hold RGB"},
   };
   for (const auto& c : cases) {
     std::ostringstream out, err;
-    EXPECT_EQ(RunConvertCommand(c.Arguments, out, err), kExitUsage) << c.Message;
+    EXPECT_EQ(RunConvertCommand(c.Arguments, out, err), kExitUsage) << c.Message << ": " << err.str();
     const std::string text = err.str();
     EXPECT_EQ(text.rfind("zt-convert: ", 0), 0u) << text;
     EXPECT_NE(text.find(c.Message), std::string::npos) << text;
@@ -126,13 +170,13 @@ TEST(ZtConvertCommand, FailuresExitWithOneAndLeaveNoOutput) {
   ZtTest::WriteBytes(dir / "cut.pgm", Concat("P5\n2 2\n255\n", {1, 2}));
   const SRun cases[] = {
       {"missing.pgm", "out.png", {}, "cannot open"},
-      {"in.pgm", "out.bmp", {}, "unknown file format"},
-      {"in.gif", "out.png", {}, "unknown file format"},
       {"cut.pgm", "out.png", {}, "file is truncated"},
-      {"in.pgm", "out.pgm", {"-l", "RGB"}, "PGM files hold Lum with UByte or UShort samples, not RGB, UByte"},
-      {"in.pgm", "out.png", {"-t", "Float"}, "not Lum, Float"},
-      // The library has no Bayer target except a copy of the same format.
-      {"in.pgm", "out.raw", {"-l", "BayerRG"}, "cannot convert 2x1, Lum, UByte to BayerRG, UByte"},
+      {"cut.pgm", "out.png", {"-r", "2x2, Lum, UByte"}, "holds 13 bytes, but 2x2, Lum, UByte takes 4"},
+      {"in.pgm", "out.png", {"--max-pixels", "1"}, "image of 2x1 is larger than 1 pixels"},
+      // Content decides, whatever the name says.
+      {"in.pgm", "out.png", {"-l", "Lum", "-t", "UByte", "-r", "1x1, RGBA, Byte"}, "holds 13 bytes"},
+      {"cut.pgm", "nowhere/out.png", {}, "file is truncated"},
+      {"in.pgm", "nowhere/out.png", {}, "nowhere"},
   };
   for (const auto& c : cases) {
     std::ostringstream out, err;
@@ -142,6 +186,19 @@ TEST(ZtConvertCommand, FailuresExitWithOneAndLeaveNoOutput) {
     std::sort(entries.begin(), entries.end());
     EXPECT_EQ(entries, (std::vector<std::string>{"cut.pgm", "in.pgm"})) << c.Said;
   }
+}
+
+TEST(ZtConvertCommand, InfoPrintsOneLinePerFileAndGoesOnAfterAFailure) {
+  CScratchDir dir;
+  ZtTest::WriteBytes(dir / "grey.pgm", Concat("P2\n2 1\n1000\n0 1000\n"));
+  ZtTest::WriteBytes(dir / "picture.png", ReadPgmAsPng(dir));
+  ZtTest::WriteBytes(dir / "bad.ppm", Concat("P6\n2 1\n255\n", {1}));
+  std::ostringstream out, err;
+  EXPECT_EQ(RunConvertCommand({"--info", dir / "grey.pgm", dir / "bad.ppm", dir / "picture.png"}, out, err),
+            kExitFailure);
+  EXPECT_EQ(out.str(), dir / "grey.pgm" + ": PGM 2x1, Lum, UShort; magic=P2 maxval=1000\n" + dir / "picture.png" +
+                           ": PNG 2x1, Lum, UShort; bit-depth=16 colour=grey interlace=none transparency=none\n");
+  EXPECT_EQ(err.str(), "zt-convert: " + dir / "bad.ppm" + ": file is truncated: 1 of 6 bytes of pixels\n");
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include <zlib.h>
+
 #include "ZtAtomicFile.h"
 #include "ZtImageIo.h"
 #include "ZtToolTestSupport.h"
@@ -149,6 +151,15 @@ TEST(ZtImageIo, NetpbmReadersAcceptTheVariantsOfTheFamily) {
        {1, 1, EPixelType::LumA, EDataType::UByte}, {5, 6}},
       {"bigendian.pfm", Concat("Pf\n1 2\n1.0\n", pfmBigEndian), {1, 2, EPixelType::Lum, EDataType::Float}, {0.5, 0.25}},
       {"trailing.pgm", Concat("P5\n1 1\n255\n", {42, 1, 2, 3}), {1, 1, EPixelType::Lum, EDataType::UByte}, {42}},
+      // The plain members, and the bitmaps: 1 is black and reads as 0.
+      {"plain.pgm", Concat("P2 # comment\n3 1\n100\n0\t50\n\n100 "), {3, 1, EPixelType::Lum, EDataType::UByte}, {0, 128, 255}},
+      {"plain.ppm", Concat("P3\n1 1\n65535\n65535 0 00017"), {1, 1, EPixelType::RGB, EDataType::UShort}, {65535, 0, 17}},
+      {"plain.pbm", Concat("P1\n# c\n3 2\n1 0 1\n010"), {3, 2, EPixelType::Lum, EDataType::UByte}, {0, 255, 0, 255, 0, 255}},
+      // Rows of a packed bitmap start on a byte; the padding bits are ignored.
+      {"packed.pbm", Concat("P4\n9 2\n", {0x80, 0x7F, 0x00, 0xFF}), {9, 2, EPixelType::Lum, EDataType::UByte},
+       {0, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 0}},
+      // Content decides over the extension.
+      {"named.png", Concat("P5\n1 1\n255\n", {7}), {1, 1, EPixelType::Lum, EDataType::UByte}, {7}},
   };
   CScratchDir dir;
   for (const auto& c : cases) {
@@ -171,6 +182,29 @@ TEST(ZtImageIo, NetpbmReadersAcceptTheVariantsOfTheFamily) {
 
 // Each broken file fails with a message that starts with the file's name and
 // says what is wrong.
+// A PNG of one IDAT chunk of ten deflated bytes that declares a grey image
+// of width x height.
+CBytes DeclaredPng(unsigned width, unsigned height) {
+  CBytes png = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+  const auto chunk = [&](const char* type, CBytes data) {
+    const auto be32 = [&](unsigned long value) {
+      for (int shift = 24; shift >= 0; shift -= 8) png.push_back(static_cast<unsigned char>(value >> shift));
+    };
+    be32(data.size());
+    CBytes typed(type, type + 4);
+    typed.insert(typed.end(), data.begin(), data.end());
+    png.insert(png.end(), typed.begin(), typed.end());
+    be32(crc32(0, typed.data(), static_cast<unsigned>(typed.size())));
+  };
+  chunk("IHDR", {static_cast<unsigned char>(width >> 24), static_cast<unsigned char>(width >> 16),
+                 static_cast<unsigned char>(width >> 8), static_cast<unsigned char>(width),
+                 static_cast<unsigned char>(height >> 24), static_cast<unsigned char>(height >> 16),
+                 static_cast<unsigned char>(height >> 8), static_cast<unsigned char>(height), 8, 0, 0, 0, 0});
+  chunk("IDAT", {0x78, 0x9C, 0x63, 0x60, 0xA0, 0x3D, 0x00, 0x00, 0x00, 0x0B});
+  chunk("IEND", {});
+  return png;
+}
+
 TEST(ZtImageIo, BrokenFilesFailWithTheirNameAndReason) {
   CScratchDir dir;
   // A valid PNG to cut and damage.
@@ -188,14 +222,24 @@ TEST(ZtImageIo, BrokenFilesFailWithTheirNameAndReason) {
   } cases[] = {
       {"short.pgm", Concat("P5\n2 2\n255\n", {1, 2, 3}), "file is truncated: 3 of 4 bytes of pixels"},
       {"header.pgm", Concat("P5\n2 2"), "truncated in its header"},
-      {"empty.ppm", {}, "not a netpbm file (bad magic)"},
-      {"magic.pgm", Concat("GIF89a"), "not a netpbm file (bad magic)"},
-      {"ascii.pgm", Concat("P2\n1 1\n255\n7\n"), "not a binary netpbm file (bad magic)"},
+      {"empty.ppm", {}, "not a PPM file (bad magic)"},
+      {"magic.pgm", Concat("GIF89a"), "not a PGM file (bad magic)"},
+      {"unnamed", Concat("GIF89a"), "not a known image format"},
+      {"magic.pam", Concat("P8\n1 1\n255\n"), "not a PAM file (bad magic)"},
+      {"plain.pgm", Concat("P2\n2 1\n255\n7 x\n"), "bad character in plain pixels"},
+      {"plainmax.ppm", Concat("P3\n1 1\n15\n1 2 16\n"), "sample 16 above maxval 15"},
+      {"plainshort.ppm", Concat("P3\n2 1\n255\n1 2 3 4 5"), "truncated: 9 of 11 bytes"},
+      {"plaincut.pgm", Concat("P2\n2 2\n255\n1 2 3         "), "truncated in its pixels"},
+      {"bitmap.pbm", Concat("P1\n2 2\n1 0 2 1"), "bad character in plain bitmap"},
+      {"packed.pbm", Concat("P4\n9 2\n", {0, 0, 0}), "truncated: 3 of 4 bytes"},
       {"zero.pgm", Concat("P5\n0 2\n255\n"), "width 0 out of range"},
       {"sign.pgm", Concat("P5\n-3 2\n255\n"), "bad width '-3'"},
       {"maxval.pgm", Concat("P5\n1 1\n70000\n", {0, 0}), "maxval 70000 out of range"},
       {"above.pgm", Concat("P5\n2 1\n100\n", {100, 101}), "sample 101 above maxval 100"},
-      {"huge.pgm", Concat("P5\n70000 70000\n255\n"), "too large"},
+      {"huge.pgm", Concat("P5\n70000 70000\n255\n"), "is larger than 268435456 pixels"},
+      // Within the pixel limit, but the file cannot hold what it declares.
+      {"declared.pgm", Concat("P5\n16384 16384\n65535\n", {0, 0}), "truncated: 2 of 536870912 bytes"},
+      {"declared.png", DeclaredPng(16000, 16000), "declares 16000x16000 pixels, more than its"},
       {"cmyk.pam", Concat("P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK\nENDHDR\n", {1, 2, 3, 4}),
        "unsupported PAM tuple type 'CMYK'"},
       {"depth.pam", Concat("P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nTUPLTYPE RGB\nENDHDR\n", {1}),
@@ -205,7 +249,7 @@ TEST(ZtImageIo, BrokenFilesFailWithTheirNameAndReason) {
       {"short.pfm", Concat("PF\n1 1\n-1.0\n", {0, 0, 0, 0}), "file is truncated: 4 of 12 bytes"},
       {"cut.png", CBytes(png.begin(), png.begin() + 40), "truncated"},
       {"crc.png", badCrc, "CRC error"},
-      {"netpbm.png", Concat("P5\n1 1\n255\n", {1}), "not a PNG file (bad magic)"},
+      {"netpbm.png", Concat("Q5\n1 1\n255\n", {1}), "not a PNG file (bad magic)"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.File);
@@ -220,6 +264,31 @@ TEST(ZtImageIo, BrokenFilesFailWithTheirNameAndReason) {
       EXPECT_EQ(message.rfind(path + ": ", 0), 0u) << message;
       EXPECT_NE(message.find(c.Reason), std::string::npos) << message;
       EXPECT_EQ(message.find('\n'), std::string::npos) << message;
+    }
+  }
+}
+
+TEST(ZtImageIo, FormatsAreRecognisedByTheirFirstBytes) {
+  const struct {
+    std::string Start;
+    bool Known;
+    EFileFormat Format;
+  } cases[] = {
+      {"\x89PNG\r\n\x1a\n", true, EFileFormat::Png}, {"\x89PNG\r\n\x1a", false, EFileFormat::Png},
+      {"P1\n", true, EFileFormat::Pbm},                {"P4 ", true, EFileFormat::Pbm},
+      {"P2\t", true, EFileFormat::Pgm},                {"P5\r", true, EFileFormat::Pgm},
+      {"P3\n", true, EFileFormat::Ppm},                {"P6\n", true, EFileFormat::Ppm},
+      {"P7\n", true, EFileFormat::Pam},                {"Pf\n", true, EFileFormat::Pfm},
+      {"PF\n", true, EFileFormat::Pfm},                {"P5", false, EFileFormat::Pgm},
+      {"P55", false, EFileFormat::Pgm},                {"P8\n", false, EFileFormat::Pgm},
+      {"p5\n", false, EFileFormat::Pgm},               {"", false, EFileFormat::Pgm},
+  };
+  for (const auto& c : cases) {
+    EFileFormat format = EFileFormat::Raw;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(c.Start.data());
+    EXPECT_EQ(DetectFileFormat(bytes, c.Start.size(), format), c.Known) << c.Start;
+    if (c.Known) {
+      EXPECT_EQ(format, c.Format) << c.Start;
     }
   }
 }

@@ -7,6 +7,11 @@
 set -euo pipefail
 demo=$1 tool=$2 dir=$3
 rm -rf "$dir"
+# Its options are options, not the name of a directory.
+"$demo" --help | grep -q '^usage: zt-demo' || { echo "zt-demo --help prints no usage"; exit 1; }
+"$demo" --version | grep -q '^zt-demo (Zt.Core.Ex) [0-9]' || { echo "zt-demo --version prints no version"; exit 1; }
+if "$demo" --bogus 2>/dev/null; then echo "zt-demo --bogus succeeded"; exit 1; fi
+[[ ! -e --help && ! -e --bogus ]] || { echo "zt-demo made a directory of an option"; exit 1; }
 "$demo" "$dir" >"$dir.log" || { cat "$dir.log"; exit 1; }
 cd "$dir"
 status=0

@@ -6,7 +6,6 @@
 
 #include <optional>
 #include <ostream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -15,19 +14,23 @@
 namespace ZtTools {
 
 // A command line that cannot be run; exit code 2.
-class CUsageError : public std::runtime_error {
+class CUsageError : public CRequestError {
 public:
-  using std::runtime_error::runtime_error;
+  using CRequestError::CRequestError;
 };
 
 struct SConvertOptions {
-  std::string Input;
-  std::string Output;
+  // INPUT and OUTPUT of a conversion, or the files of --info.
+  std::vector<std::string> Files;
+  std::optional<EFileFormat> OutputFormat;
   std::optional<EPixelType::ID> PixelType;
   std::optional<EDataType::ID> DataType;
   std::optional<CZtImageFormat> RawFormat;
+  unsigned long long MaxPixels = kDefaultMaxPixels;
+  bool Info = false;
   bool Verbose = false;
   bool Help = false;
+  bool Version = false;
 };
 
 // Exit codes.
@@ -37,6 +40,7 @@ const char* ConvertUsage();
 // Parses the arguments after the program name. Throws CUsageError.
 SConvertOptions ParseConvertArguments(const std::vector<std::string>& arguments);
 // Parses and runs; failures go to `err` as one line "zt-convert: <reason>".
+// Images on standard output go to stdout itself, not to `out`.
 int RunConvertCommand(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err);
 
 }  // namespace ZtTools

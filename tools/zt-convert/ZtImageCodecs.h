@@ -1,14 +1,18 @@
 #ifndef ZT_TOOLS_ZTIMAGECODECS_H
 #define ZT_TOOLS_ZTIMAGECODECS_H
 
-// The file codecs behind ZtImageIo. Readers take the whole file in memory and
-// fill an image of the layout and sample type the file holds; writers take an
+// The file codecs behind ZtImageIo. Readers take the whole file in memory,
+// check the size it declares against maxPixels and against what the file can
+// hold before they reserve any pixel memory, fill an image of the layout and
+// sample type the file holds and describe the file's own facts in details
+// ("key=value" pairs separated by blanks); writers take an
 // image whose types the format holds (ZtImageIo checks that first) and write
 // it to an open file. Both throw CIoError with a reason that does not yet name
 // the file.
 
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "ZtImageIo.h"
@@ -18,11 +22,11 @@ namespace Detail {
 
 using CBytes = std::vector<unsigned char>;
 
-// PGM, PPM, PAM and PFM, told apart by their magic.
-void ReadNetpbm(const CBytes& file, CZtImage& image);
+// PBM, PGM, PPM, PAM and PFM, told apart by their magic.
+void ReadNetpbm(const CBytes& file, unsigned long long maxPixels, CZtImage& image, std::string& details);
 void WriteNetpbm(EFileFormat format, const IImage& image, std::FILE* file);
 
-void ReadPng(const CBytes& file, CZtImage& image);
+void ReadPng(const CBytes& file, unsigned long long maxPixels, CZtImage& image, std::string& details);
 void WritePng(const IImage& image, std::FILE* file);
 
 // Whether the machine stores the low byte first.
@@ -67,6 +71,8 @@ inline unsigned SampleCount(EPixelType::ID type) {
 // block of 2^32 bytes or more throws CIoError here rather than wrapping.
 unsigned long long BlockBytes(unsigned long long width, unsigned long long height,
                               EPixelType::ID pixelType, EDataType::ID dataType);
+// Throws CIoError when a file declares more than maxPixels pixels.
+void CheckPixelCount(unsigned long long width, unsigned long long height, unsigned long long maxPixels);
 // Allocates image for a file's pixels, after the same check.
 void CreateForFile(CZtImage& image, unsigned long long width, unsigned long long height,
                    EPixelType::ID pixelType, EDataType::ID dataType);

@@ -27,8 +27,10 @@ const std::vector<SFileFormatInfo>& FileFormats() {
   using D = EDataType;
   static const std::vector<SFileFormatInfo> formats = {
       {EFileFormat::Png, "PNG", ".png", {P::Lum, P::LumA, P::RGB, P::RGBA, P::BGR, P::BGRA}, {D::UByte, D::UShort}},
+      {EFileFormat::Pbm, "PBM", ".pbm", {}, {}},
       {EFileFormat::Pgm, "PGM", ".pgm", {P::Lum}, {D::UByte, D::UShort}},
       {EFileFormat::Ppm, "PPM", ".ppm", {P::RGB}, {D::UByte, D::UShort}},
+      {EFileFormat::Pnm, "PNM", ".pnm", {P::Lum, P::RGB}, {D::UByte, D::UShort}},
       {EFileFormat::Pam, "PAM", ".pam", {P::Lum, P::LumA, P::RGB, P::RGBA}, {D::UByte, D::UShort}},
       {EFileFormat::Pfm, "PFM", ".pfm", {P::Lum, P::RGB}, {D::Float}},
       {EFileFormat::Raw, "raw", ".raw",
@@ -89,8 +91,14 @@ Id ParseName(const std::string& text, const Id (&all)[N], Name name, const char*
   throw CIoError("unknown " + std::string(what) + " '" + text + "' (known: " + JoinList(known, name) + ")");
 }
 
+const char* const kStandardInput = "standard input";
+const char* const kStandardOutput = "standard output";
+
+bool IsStandardStream(const std::string& path) { return path == "-"; }
+
 Detail::CBytes LoadFile(const std::string& path) {
-  std::FILE* file = std::fopen(path.c_str(), "rb");
+  const bool standard = IsStandardStream(path);
+  std::FILE* file = standard ? stdin : std::fopen(path.c_str(), "rb");
   if (file == nullptr) throw CIoError("cannot open '" + path + "': " + std::strerror(errno));
   Detail::CBytes bytes;
   unsigned char chunk[65536];
@@ -100,12 +108,18 @@ Detail::CBytes LoadFile(const std::string& path) {
   }
   const bool failed = std::ferror(file) != 0;
   const int error = errno;
-  std::fclose(file);
-  if (failed) throw CIoError("cannot read '" + path + "': " + std::strerror(error));
+  if (!standard) std::fclose(file);
+  if (failed) {
+    throw CIoError("cannot read " + (standard ? std::string(kStandardInput) : "'" + path + "'") + ": " +
+                   std::strerror(error));
+  }
   return bytes;
 }
 
-void ReadRaw(const Detail::CBytes& file, const CZtImageFormat& format, CZtImage& image) {
+void ReadRaw(const Detail::CBytes& file, const CZtImageFormat& format, unsigned long long maxPixels,
+             CZtImage& image) {
+  Detail::CheckPixelCount(static_cast<unsigned long long>(format.Width),
+                          static_cast<unsigned long long>(format.Height), maxPixels);
   const unsigned long long needed = Detail::BlockBytes(static_cast<unsigned long long>(format.Width),
                                                        static_cast<unsigned long long>(format.Height),
                                                        format.PixelType, format.DataType);
@@ -119,12 +133,30 @@ void ReadRaw(const Detail::CBytes& file, const CZtImageFormat& format, CZtImage&
   if (needed > 0) std::memcpy(image.GetDataPtr(), file.data(), file.size());
 }
 
+// The name of a file or stream in messages.
+std::string Shown(const std::string& path, bool output) {
+  return IsStandardStream(path) ? (output ? kStandardOutput : kStandardInput) : path;
+}
+
 void CheckHoldable(const std::string& path, EFileFormat format, EPixelType::ID pixelType,
                    EDataType::ID dataType) {
   if (!CanHold(format, pixelType, dataType)) {
-    throw CIoError(path + ": " + FileFormatName(format) + " files hold " + DescribeHoldable(format) +
-                   ", not " + PixelTypeText(pixelType) + ", " + DataTypeText(dataType));
+    throw CRequestError(Shown(path, true) + ": " + FileFormatName(format) + " files hold " +
+                        DescribeHoldable(format) + ", not " + PixelTypeText(pixelType) + ", " +
+                        DataTypeText(dataType));
   }
+}
+
+bool HasRawExtension(const std::string& path) {
+  const std::size_t dot = path.find_last_of('.');
+  const std::size_t slash = path.find_last_of('/');
+  return dot != std::string::npos && (slash == std::string::npos || dot > slash) &&
+         Lower(path.substr(dot)) == ".raw";
+}
+
+bool IsBayer(EPixelType::ID type) {
+  return type == EPixelType::BayerRG || type == EPixelType::BayerBG || type == EPixelType::BayerGR ||
+         type == EPixelType::BayerGB;
 }
 
 void WriteRaw(const IImage& image, std::FILE* file) {
@@ -151,6 +183,14 @@ unsigned long long BlockBytes(unsigned long long width, unsigned long long heigh
   return width * height * pixelBytes;
 }
 
+void CheckPixelCount(unsigned long long width, unsigned long long height, unsigned long long maxPixels) {
+  // Both sizes are below 2^32 wherever they come from, so the product fits.
+  if (width > maxPixels || height > maxPixels || width * height > maxPixels) {
+    throw CIoError("image of " + std::to_string(width) + "x" + std::to_string(height) + " is larger than " +
+                   std::to_string(maxPixels) + " pixels (see --max-pixels)");
+  }
+}
+
 void CreateForFile(CZtImage& image, unsigned long long width, unsigned long long height,
                    EPixelType::ID pixelType, EDataType::ID dataType) {
   BlockBytes(width, height, pixelType, dataType);
@@ -162,6 +202,8 @@ void CreateForFile(CZtImage& image, unsigned long long width, unsigned long long
 }
 
 }  // namespace Detail
+
+const char* PackageVersion() { return ZT_PACKAGE_VERSION; }
 
 EFileFormat FileFormatOf(const std::string& path) {
   const std::size_t slash = path.find_last_of('/');
@@ -177,16 +219,54 @@ EFileFormat FileFormatOf(const std::string& path) {
                  JoinList(known, [](const std::string& s) { return s; }) + ")");
 }
 
+EFileFormat ParseFileFormat(const std::string& name) {
+  const std::string wanted = Lower(Trim(name));
+  std::vector<std::string> known;
+  for (const auto& info : FileFormats()) {
+    if (wanted == info.Extension + 1 || wanted == info.Extension) return info.Format;
+    known.emplace_back(info.Extension + 1);
+  }
+  throw CIoError("unknown file format '" + name + "' (known: " +
+                 JoinList(known, [](const std::string& s) { return s; }) + ")");
+}
+
+bool DetectFileFormat(const unsigned char* bytes, std::size_t size, EFileFormat& format) {
+  static const unsigned char kPngSignature[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+  if (size >= sizeof kPngSignature && std::memcmp(bytes, kPngSignature, sizeof kPngSignature) == 0) {
+    format = EFileFormat::Png;
+    return true;
+  }
+  // A netpbm magic is 'P' and one character, followed by a blank.
+  if (size < 3 || bytes[0] != 'P' || std::strchr(" \t\r\n", bytes[2]) == nullptr) return false;
+  switch (bytes[1]) {
+    case '1': case '4': format = EFileFormat::Pbm; return true;
+    case '2': case '5': format = EFileFormat::Pgm; return true;
+    case '3': case '6': format = EFileFormat::Ppm; return true;
+    case '7': format = EFileFormat::Pam; return true;
+    case 'f': case 'F': format = EFileFormat::Pfm; return true;
+    default: return false;
+  }
+}
+
 const char* FileFormatName(EFileFormat format) { return InfoOf(format).Name; }
 
+bool HoldsLayout(EFileFormat format, EPixelType::ID pixelType) {
+  const auto& types = InfoOf(format).PixelTypes;
+  return std::find(types.begin(), types.end(), pixelType) != types.end();
+}
+
+bool HoldsDataType(EFileFormat format, EDataType::ID dataType) {
+  const auto& types = InfoOf(format).DataTypes;
+  return std::find(types.begin(), types.end(), dataType) != types.end();
+}
+
 bool CanHold(EFileFormat format, EPixelType::ID pixelType, EDataType::ID dataType) {
-  const SFileFormatInfo& info = InfoOf(format);
-  return std::find(info.PixelTypes.begin(), info.PixelTypes.end(), pixelType) != info.PixelTypes.end() &&
-         std::find(info.DataTypes.begin(), info.DataTypes.end(), dataType) != info.DataTypes.end();
+  return HoldsLayout(format, pixelType) && HoldsDataType(format, dataType);
 }
 
 std::string DescribeHoldable(EFileFormat format) {
   const SFileFormatInfo& info = InfoOf(format);
+  if (info.PixelTypes.empty()) return "nothing written here (read only)";
   return JoinList(info.PixelTypes, PixelTypeText) + " with " + JoinList(info.DataTypes, DataTypeText) +
          " samples";
 }
@@ -194,6 +274,7 @@ std::string DescribeHoldable(EFileFormat format) {
 void ChooseTarget(EFileFormat format, EPixelType::ID sourcePixelType, EDataType::ID sourceDataType,
                   EPixelType::ID& pixelType, EDataType::ID& dataType) {
   const SFileFormatInfo& info = InfoOf(format);
+  if (info.PixelTypes.empty()) throw CRequestError(std::string(info.Name) + " files are read, not written");
   int best = -1;
   for (EPixelType::ID candidate : info.PixelTypes) {
     const int score = (candidate == sourcePixelType ? 4 : 0) +
@@ -262,41 +343,90 @@ std::string FormatText(const IImage& image) {
   return FormatText(format);
 }
 
-void ReadImageFile(const std::string& path, CZtImage& image, const CZtImageFormat* rawFormat) {
-  const EFileFormat format = FileFormatOf(path);
-  if (format == EFileFormat::Raw && rawFormat == nullptr) {
-    throw CIoError(path + ": a .raw file needs its format given, such as \"640x480, BayerGR, UShort\"");
-  }
-  const Detail::CBytes bytes = LoadFile(path);
+SFileFacts ReadImageBytes(const std::vector<unsigned char>& bytes, const std::string& name, CZtImage& image,
+                          const SReadOptions& options) {
+  SFileFacts facts;
   try {
-    switch (format) {
-      case EFileFormat::Png: Detail::ReadPng(bytes, image); break;
-      case EFileFormat::Raw: ReadRaw(bytes, *rawFormat, image); break;
-      default: Detail::ReadNetpbm(bytes, image); break;
+    if (options.RawFormat != nullptr) {
+      facts.Format = EFileFormat::Raw;
+      ReadRaw(bytes, *options.RawFormat, options.MaxPixels, image);
+      facts.Details = "bytes=" + std::to_string(bytes.size());
+      return facts;
     }
+    if (!DetectFileFormat(bytes.data(), bytes.size(), facts.Format)) {
+      EFileFormat named = EFileFormat::Raw;
+      try {
+        named = FileFormatOf(name);
+      } catch (const CIoError&) {
+        throw CIoError("not a known image format");
+      }
+      if (named == EFileFormat::Raw) {
+        throw CIoError("a raw file needs its format given, such as \"640x480, BayerGR, UShort\"");
+      }
+      throw CIoError(std::string("not a ") + FileFormatName(named) + " file (bad magic)");
+    }
+    if (facts.Format == EFileFormat::Png) {
+      Detail::ReadPng(bytes, options.MaxPixels, image, facts.Details);
+    } else {
+      Detail::ReadNetpbm(bytes, options.MaxPixels, image, facts.Details);
+    }
+  } catch (const CRequestError&) {
+    throw;
   } catch (const CIoError& e) {
-    throw CIoError(path + ": " + e.what());
+    throw CIoError(Shown(name, false) + ": " + e.what());
+  }
+  return facts;
+}
+
+SFileFacts ReadImage(const std::string& path, CZtImage& image, const SReadOptions& options) {
+  return ReadImageBytes(LoadFile(path), path, image, options);
+}
+
+void ReadImageFile(const std::string& path, CZtImage& image, const CZtImageFormat* rawFormat) {
+  SReadOptions options;
+  if (HasRawExtension(path)) {
+    if (rawFormat == nullptr) {
+      throw CIoError(path + ": a .raw file needs its format given, such as \"640x480, BayerGR, UShort\"");
+    }
+    options.RawFormat = rawFormat;
+  }
+  ReadImage(path, image, options);
+}
+
+void WriteImageTo(std::FILE* file, EFileFormat format, const IImage& image) {
+  switch (format) {
+    case EFileFormat::Png: Detail::WritePng(image, file); break;
+    case EFileFormat::Raw: WriteRaw(image, file); break;
+    default: Detail::WriteNetpbm(format, image, file); break;
   }
 }
 
-void WriteImageFile(const std::string& path, const IImage& image) {
-  const EFileFormat format = FileFormatOf(path);
+void WriteImage(const std::string& path, EFileFormat format, const IImage& image) {
   EPixelType::ID pixelType{};
   EDataType::ID dataType{};
   image.GetType(pixelType, dataType);
   CheckHoldable(path, format, pixelType, dataType);
+  if (IsStandardStream(path)) {
+    try {
+      WriteImageTo(stdout, format, image);
+    } catch (const CIoError& e) {
+      throw CIoError(std::string(kStandardOutput) + ": " + e.what());
+    }
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+      throw CIoError(std::string("cannot write ") + kStandardOutput + ": " + std::strerror(errno));
+    }
+    return;
+  }
   CAtomicFile file(path);
   try {
-    switch (format) {
-      case EFileFormat::Png: Detail::WritePng(image, file.File()); break;
-      case EFileFormat::Raw: WriteRaw(image, file.File()); break;
-      default: Detail::WriteNetpbm(format, image, file.File()); break;
-    }
+    WriteImageTo(file.File(), format, image);
   } catch (const CIoError& e) {
     throw CIoError(path + ": " + e.what());
   }
   file.Commit();
 }
+
+void WriteImageFile(const std::string& path, const IImage& image) { WriteImage(path, FileFormatOf(path), image); }
 
 void ConvertImage(const CZtImage& source, CZtImage& target, EPixelType::ID pixelType,
                   EDataType::ID dataType) {
@@ -313,29 +443,83 @@ void ConvertImage(const CZtImage& source, CZtImage& target, EPixelType::ID pixel
   if (!source.ConvertType(target, pixelType, dataType)) throw CIoError(refused);
 }
 
-SConversion ConvertFile(const std::string& input, const std::string& output,
-                        const EPixelType::ID* pixelType, const EDataType::ID* dataType,
-                        const CZtImageFormat* rawFormat) {
-  // Both names are checked before any work, so a bad output name costs no read.
-  FileFormatOf(input);
-  const EFileFormat outputFormat = FileFormatOf(output);
+EFileFormat CheckRequest(const SConvertRequest& request) {
+  EFileFormat format = EFileFormat::Raw;
+  if (request.OutputFormat != nullptr) {
+    format = *request.OutputFormat;
+  } else if (IsStandardStream(request.Output)) {
+    throw CRequestError("writing to standard output needs its format given (-f)");
+  } else {
+    try {
+      format = FileFormatOf(request.Output);
+    } catch (const CIoError& e) {
+      throw CRequestError(e.what());
+    }
+  }
+  if (InfoOf(format).PixelTypes.empty()) {
+    throw CRequestError(Shown(request.Output, true) + ": " + FileFormatName(format) +
+                        " files are read, not written");
+  }
+  if (request.Read.RawFormat == nullptr && HasRawExtension(request.Input)) {
+    {
+      throw CRequestError(request.Input + ": a raw file needs its format given, such as \"640x480, BayerGR, UShort\"");
+    }
+  }
+  const EPixelType::ID* pixelType = request.PixelType;
+  const EDataType::ID* dataType = request.DataType;
+  // The library writes a Bayer layout only as a copy of the same format.
+  if (pixelType != nullptr && IsBayer(*pixelType)) {
+    const CZtImageFormat* raw = request.Read.RawFormat;
+    if (raw == nullptr || raw->PixelType != *pixelType || (dataType != nullptr && *dataType != raw->DataType)) {
+      throw CRequestError(std::string("a ") + PixelTypeText(*pixelType) +
+                          " target is only a copy of a raw input of that layout and sample type");
+    }
+  }
+  const auto refuse = [&](const std::string& what) {
+    throw CRequestError(Shown(request.Output, true) + ": " + FileFormatName(format) + " files hold " +
+                        DescribeHoldable(format) + ", not " + what);
+  };
+  if (pixelType != nullptr && dataType != nullptr) {
+    if (!CanHold(format, *pixelType, *dataType)) refuse(PixelTypeText(*pixelType) + ", " + DataTypeText(*dataType));
+  } else if (pixelType != nullptr && !HoldsLayout(format, *pixelType)) {
+    refuse(PixelTypeText(*pixelType));
+  } else if (dataType != nullptr && !HoldsDataType(format, *dataType)) {
+    refuse(DataTypeText(*dataType));
+  }
+  return format;
+}
+
+SConversion ConvertFile(const SConvertRequest& request) {
+  const EFileFormat outputFormat = CheckRequest(request);
   CZtImage source;
-  ReadImageFile(input, source, rawFormat);
+  ReadImage(request.Input, source, request.Read);
 
   SConversion conversion{source.GetFormat(), source.GetFormat()};
   ChooseTarget(outputFormat, conversion.Source.PixelType, conversion.Source.DataType,
                conversion.Target.PixelType, conversion.Target.DataType);
-  if (pixelType != nullptr) conversion.Target.PixelType = *pixelType;
-  if (dataType != nullptr) conversion.Target.DataType = *dataType;
-  CheckHoldable(output, outputFormat, conversion.Target.PixelType, conversion.Target.DataType);
+  if (request.PixelType != nullptr) conversion.Target.PixelType = *request.PixelType;
+  if (request.DataType != nullptr) conversion.Target.DataType = *request.DataType;
+  CheckHoldable(request.Output, outputFormat, conversion.Target.PixelType, conversion.Target.DataType);
   if (conversion.Target == conversion.Source) {
-    WriteImageFile(output, source);
+    WriteImage(request.Output, outputFormat, source);
   } else {
     CZtImage target;
     ConvertImage(source, target, conversion.Target.PixelType, conversion.Target.DataType);
-    WriteImageFile(output, target);
+    WriteImage(request.Output, outputFormat, target);
   }
   return conversion;
+}
+
+SConversion ConvertFile(const std::string& input, const std::string& output,
+                        const EPixelType::ID* pixelType, const EDataType::ID* dataType,
+                        const CZtImageFormat* rawFormat) {
+  SConvertRequest request;
+  request.Input = input;
+  request.Output = output;
+  request.PixelType = pixelType;
+  request.DataType = dataType;
+  if (HasRawExtension(input)) request.Read.RawFormat = rawFormat;
+  return ConvertFile(request);
 }
 
 }  // namespace ZtTools

@@ -1,8 +1,10 @@
-// PGM (P5), PPM (P6), PAM (P7) and PFM (Pf, PF): the binary members of the
-// netpbm family, read and written here without any library.
+// The netpbm family, read and written here without any library: PBM (P1,
+// P4), PGM (P2, P5), PPM (P3, P6), PAM (P7) and PFM (Pf, PF). The plain
+// members P1 to P3 are read only; files are written in the binary members.
 //
-// Integer samples are big-endian, 8 bits for a maxval up to 255 and 16 bits
-// above. PFM samples are 32-bit floats whose byte order the sign of the scale
+// Binary integer samples are big-endian, 8 bits for a maxval up to 255 and
+// 16 bits above; plain ones are decimal text. A bitmap stores 1 for black
+// and reads as Lum UByte, black 0 and white 255. PFM samples are 32-bit floats whose byte order the sign of the scale
 // gives (negative: little-endian), and its rows run from the bottom up.
 
 #include <cctype>
@@ -27,6 +29,10 @@ struct SNetpbmHeader {
   unsigned long long MaxVal = 0;   // integer files
   bool IsFloat = false;
   bool FloatBigEndian = false;
+  bool Plain = false;              // samples as decimal text (P1, P2, P3)
+  char Magic = 0;                  // the character after 'P'
+  std::string Scale;               // PFM
+  std::string TupleType;           // PAM
   std::size_t DataOffset = 0;
 };
 
@@ -151,6 +157,7 @@ void ParsePamHeader(CHeaderReader& reader, SNetpbmHeader& header) {
                      std::to_string(header.Depth));
     }
   }
+  header.TupleType = tupleType;
 }
 
 void ParsePfmHeader(CHeaderReader& reader, SNetpbmHeader& header) {
@@ -164,20 +171,33 @@ void ParsePfmHeader(CHeaderReader& reader, SNetpbmHeader& header) {
     throw CIoError("bad PFM scale '" + scaleText + "'");
   }
   header.FloatBigEndian = scale > 0.0;
+  header.Scale = scaleText;
+  reader.HeaderEnd();
+}
+
+void ParseBitmapHeader(CHeaderReader& reader, SNetpbmHeader& header) {
+  header.Width = ParseField(reader.Token(true), "width", kMaxExtent);
+  header.Height = ParseField(reader.Token(true), "height", kMaxExtent);
+  header.MaxVal = 1;
   reader.HeaderEnd();
 }
 
 SNetpbmHeader ParseHeader(const CBytes& file) {
   if (file.size() < 2 || file[0] != 'P') throw CIoError("not a netpbm file (bad magic)");
   SNetpbmHeader header;
+  header.Magic = static_cast<char>(file[1]);
   CHeaderReader reader(file, 2);
-  switch (file[1]) {
+  switch (header.Magic) {
+    case '1': header.Depth = 1; header.Plain = true; ParseBitmapHeader(reader, header); break;
+    case '4': header.Depth = 1; ParseBitmapHeader(reader, header); break;
+    case '2': header.Depth = 1; header.Plain = true; ParsePlainHeader(reader, header); break;
     case '5': header.Depth = 1; ParsePlainHeader(reader, header); break;
+    case '3': header.Depth = 3; header.Plain = true; ParsePlainHeader(reader, header); break;
     case '6': header.Depth = 3; ParsePlainHeader(reader, header); break;
     case '7': ParsePamHeader(reader, header); break;
     case 'f': header.Depth = 1; header.IsFloat = true; ParsePfmHeader(reader, header); break;
     case 'F': header.Depth = 3; header.IsFloat = true; ParsePfmHeader(reader, header); break;
-    default: throw CIoError("not a binary netpbm file (bad magic)");
+    default: throw CIoError("not a netpbm file (bad magic)");
   }
   header.DataOffset = reader.Position();
   return header;
@@ -192,30 +212,108 @@ EPixelType::ID LayoutOfDepth(unsigned depth) {
   }
 }
 
-// Rows of T samples between a file and an image: integers big-endian and
-// scaled by maxval, floats in the file's order with the rows bottom-up.
+bool IsBitmap(const SNetpbmHeader& header) { return header.Magic == '1' || header.Magic == '4'; }
+
+// The fewest bytes the pixels of the header can take in the file: a plain
+// sample is at least one digit and one blank (a plain bitmap's needs no
+// blank), a binary bitmap packs eight pixels a byte.
+unsigned long long LeastPixelBytes(const SNetpbmHeader& header, unsigned sampleBytes) {
+  const unsigned long long samples = header.Width * header.Height * header.Depth;
+  if (header.Magic == '4') return (header.Width + 7) / 8 * header.Height;
+  if (header.Magic == '1') return samples;
+  if (header.Plain) return samples * 2 - 1;
+  return samples * sampleBytes;
+}
+
+// The samples of an integer file one after another, as stored: binary ones
+// big-endian, plain ones as decimal text, bitmap ones as bits.
+class CSampleSource {
+public:
+  CSampleSource(const CBytes& file, const SNetpbmHeader& header, unsigned sampleBytes)
+      : m_File(file), m_Header(header), m_SampleBytes(sampleBytes), m_Position(header.DataOffset) {}
+
+  unsigned long long Next() {
+    switch (m_Header.Magic) {
+      case '4': return NextPackedBit();
+      case '1': return NextTextBit();
+      default: return m_Header.Plain ? NextDecimal() : NextBinary();
+    }
+  }
+
+private:
+  unsigned long long NextBinary() {
+    const unsigned char* at = m_File.data() + m_Position;
+    m_Position += m_SampleBytes;
+    return m_SampleBytes == 2 ? (static_cast<unsigned long long>(at[0]) << 8) | at[1] : at[0];
+  }
+
+  void SkipBlanks() {
+    while (m_Position < m_File.size() && IsSpace(m_File[m_Position])) ++m_Position;
+    if (m_Position >= m_File.size()) throw CIoError("file is truncated in its pixels");
+  }
+
+  unsigned long long NextDecimal() {
+    SkipBlanks();
+    unsigned long long value = 0;
+    std::size_t digits = 0;
+    while (m_Position < m_File.size() && !IsSpace(m_File[m_Position])) {
+      const unsigned char c = m_File[m_Position++];
+      if (!std::isdigit(c)) throw CIoError("bad character in plain pixels");
+      if (value <= 65535) value = value * 10 + (c - '0');
+      ++digits;
+    }
+    return digits > 0 ? value : 0;
+  }
+
+  // A bitmap stores 1 for black; it reads as 0, white as 1 (maxval 1).
+  unsigned long long NextTextBit() {
+    SkipBlanks();
+    const unsigned char c = m_File[m_Position++];
+    if (c != '0' && c != '1') throw CIoError("bad character in plain bitmap");
+    return c == '0' ? 1 : 0;
+  }
+
+  unsigned long long NextPackedBit() {
+    const unsigned char byte = m_File[m_Position];
+    const unsigned bit = 7 - m_Column % 8;
+    if (++m_Column == m_Header.Width || m_Column % 8 == 0) ++m_Position;
+    if (m_Column == m_Header.Width) m_Column = 0;
+    return ((byte >> bit) & 1u) != 0 ? 0 : 1;
+  }
+
+  const CBytes& m_File;
+  const SNetpbmHeader& m_Header;
+  unsigned m_SampleBytes;
+  std::size_t m_Position;
+  unsigned long long m_Column = 0;
+};
+
+// Integer samples into an image of T, each checked against maxval and
+// rescaled to the full range of T.
 template <class T>
-void ReadRows(const unsigned char* data, const SNetpbmHeader& header, CZtImage& image) {
+void ReadIntegerSamples(const CBytes& file, const SNetpbmHeader& header, unsigned sampleBytes, CZtImage& image) {
+  constexpr unsigned long long full = std::numeric_limits<T>::max();
+  CSampleSource source(file, header, sampleBytes);
+  auto* out = static_cast<T*>(image.GetDataPtr());
+  const std::size_t count = static_cast<std::size_t>(header.Width * header.Height * header.Depth);
+  for (std::size_t i = 0; i < count; ++i) {
+    const unsigned long long value = source.Next();
+    if (value > header.MaxVal) {
+      throw CIoError("sample " + std::to_string(value) + " above maxval " + std::to_string(header.MaxVal));
+    }
+    out[i] = static_cast<T>(header.MaxVal == full ? value : (value * full + header.MaxVal / 2) / header.MaxVal);
+  }
+}
+
+// PFM rows run bottom-up, in the byte order the scale declares.
+void ReadFloatRows(const unsigned char* data, const SNetpbmHeader& header, CZtImage& image) {
   const std::size_t rowSamples = static_cast<std::size_t>(header.Width) * header.Depth;
-  const bool bigEndian = std::is_integral<T>::value || header.FloatBigEndian;
-  auto* pixels = static_cast<T*>(image.GetDataPtr());
+  auto* pixels = static_cast<float*>(image.GetDataPtr());
   for (std::size_t y = 0; y < header.Height; ++y) {
-    const std::size_t fileRow = std::is_integral<T>::value ? y : header.Height - 1 - y;
-    const unsigned char* in = data + fileRow * rowSamples * sizeof(T);
-    T* out = pixels + y * rowSamples;
+    const unsigned char* in = data + (header.Height - 1 - y) * rowSamples * sizeof(float);
+    float* out = pixels + y * rowSamples;
     for (std::size_t i = 0; i < rowSamples; ++i) {
-      T value = LoadSample<T>(in + i * sizeof(T), bigEndian);
-      if constexpr (std::is_integral<T>::value) {
-        constexpr unsigned long long full = std::numeric_limits<T>::max();
-        if (static_cast<unsigned long long>(value) > header.MaxVal) {
-          throw CIoError("sample " + std::to_string(value) + " above maxval " +
-                         std::to_string(header.MaxVal));
-        }
-        if (header.MaxVal != full) {
-          value = static_cast<T>((value * full + header.MaxVal / 2) / header.MaxVal);
-        }
-      }
-      out[i] = value;
+      out[i] = LoadSample<float>(in + i * sizeof(float), header.FloatBigEndian);
     }
   }
 }
@@ -250,27 +348,35 @@ const char* PamTupleType(EPixelType::ID layout) {
 
 }  // namespace
 
-void ReadNetpbm(const CBytes& file, CZtImage& image) {
+void ReadNetpbm(const CBytes& file, unsigned long long maxPixels, CZtImage& image, std::string& details) {
   const SNetpbmHeader header = ParseHeader(file);
   const unsigned sampleBytes = header.IsFloat ? 4u : header.MaxVal > 255 ? 2u : 1u;
   const EDataType::ID dataType = header.IsFloat      ? EDataType::Float
                                  : sampleBytes == 2 ? EDataType::UShort
                                                     : EDataType::UByte;
   const EPixelType::ID pixelType = LayoutOfDepth(header.Depth);
-  // File and image samples have the same size, so the block is what the file must hold.
-  const unsigned long long needed = BlockBytes(header.Width, header.Height, pixelType, dataType);
+  CheckPixelCount(header.Width, header.Height, maxPixels);
+  BlockBytes(header.Width, header.Height, pixelType, dataType);
+  // The file must hold the pixels it declares before any memory is taken for them.
+  const unsigned long long needed = LeastPixelBytes(header, sampleBytes);
   const unsigned long long present = file.size() - header.DataOffset;
   if (present < needed) {
-    throw CIoError("file is truncated: " + std::to_string(present) + " of " +
-                   std::to_string(needed) + " bytes of pixels");
+    throw CIoError("file is truncated: " + std::to_string(present) + " of " + std::to_string(needed) +
+                   " bytes of pixels");
   }
   CreateForFile(image, header.Width, header.Height, pixelType, dataType);
-  const unsigned char* data = file.data() + header.DataOffset;
   switch (dataType) {
-    case EDataType::Float: ReadRows<float>(data, header, image); break;
-    case EDataType::UShort: ReadRows<unsigned short>(data, header, image); break;
-    default: ReadRows<unsigned char>(data, header, image); break;
+    case EDataType::Float: ReadFloatRows(file.data() + header.DataOffset, header, image); break;
+    case EDataType::UShort: ReadIntegerSamples<unsigned short>(file, header, sampleBytes, image); break;
+    default: ReadIntegerSamples<unsigned char>(file, header, sampleBytes, image); break;
   }
+  details = std::string("magic=P") + header.Magic;
+  if (header.IsFloat) {
+    details += " scale=" + header.Scale + (header.FloatBigEndian ? " byte-order=big" : " byte-order=little");
+  } else if (!IsBitmap(header)) {
+    details += " maxval=" + std::to_string(header.MaxVal);
+  }
+  if (!header.TupleType.empty()) details += " tupltype=" + header.TupleType;
 }
 
 void WriteNetpbm(EFileFormat format, const IImage& image, std::FILE* file) {
@@ -285,8 +391,8 @@ void WriteNetpbm(EFileFormat format, const IImage& image, std::FILE* file) {
   switch (format) {
     case EFileFormat::Pgm:
     case EFileFormat::Ppm:
-      written = std::fprintf(file, "P%c\n%d %d\n%u\n", format == EFileFormat::Pgm ? '5' : '6',
-                             width, height, maxVal);
+    case EFileFormat::Pnm:
+      written = std::fprintf(file, "P%c\n%d %d\n%u\n", depth == 1 ? '5' : '6', width, height, maxVal);
       break;
     case EFileFormat::Pam:
       written = std::fprintf(file, "P7\nWIDTH %d\nHEIGHT %d\nDEPTH %u\nMAXVAL %u\nTUPLTYPE %s\nENDHDR\n",

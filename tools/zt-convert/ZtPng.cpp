@@ -48,11 +48,22 @@ struct SPngHeader {
   png_uint_32 Height = 0;
   int Channels = 0;
   int BitDepth = 0;
+  // As stored, before expansion.
+  int FileChannels = 0;
+  int FileBitDepth = 0;
+  int ColorType = 0;
+  int Interlace = 0;
+  bool Transparency = false;
 };
 
 bool ReadPngHeader(png_structp png, png_infop info, SPngHeader* header) {
   if (setjmp(png_jmpbuf(png))) return false;
   png_read_info(png, info);
+  header->FileChannels = png_get_channels(png, info);
+  header->FileBitDepth = png_get_bit_depth(png, info);
+  header->ColorType = png_get_color_type(png, info);
+  header->Interlace = png_get_interlace_type(png, info);
+  header->Transparency = png_get_valid(png, info, PNG_INFO_tRNS) != 0;
   png_set_expand(png);
   if (IsLittleEndian()) png_set_swap(png);
   png_set_interlace_handling(png);
@@ -137,9 +148,22 @@ std::vector<png_bytep> RowPointers(const void* pixels, png_uint_32 height, std::
   return rows;
 }
 
+// The largest ratio of inflated to deflated bytes deflate can reach.
+constexpr unsigned long long kMaxDeflateRatio = 1032;
+
+const char* ColourName(int colorType) {
+  switch (colorType) {
+    case PNG_COLOR_TYPE_GRAY: return "grey";
+    case PNG_COLOR_TYPE_GRAY_ALPHA: return "grey-alpha";
+    case PNG_COLOR_TYPE_RGB: return "rgb";
+    case PNG_COLOR_TYPE_RGB_ALPHA: return "rgba";
+    default: return "palette";
+  }
+}
+
 }  // namespace
 
-void ReadPng(const CBytes& file, CZtImage& image) {
+void ReadPng(const CBytes& file, unsigned long long maxPixels, CZtImage& image, std::string& details) {
   if (file.size() < 8 || png_sig_cmp(file.data(), 0, 8) != 0) {
     throw CIoError("not a PNG file (bad magic)");
   }
@@ -156,12 +180,26 @@ void ReadPng(const CBytes& file, CZtImage& image) {
   if (header.Channels < 1 || header.Channels > 4 || (header.BitDepth != 8 && header.BitDepth != 16)) {
     throw CIoError("unsupported PNG layout");
   }
+  CheckPixelCount(header.Width, header.Height, maxPixels);
+  // The filtered rows alone, without their filter bytes, must fit in what
+  // the file's bytes can inflate to.
+  const unsigned long long leastInflated =
+      (static_cast<unsigned long long>(header.Width) * static_cast<unsigned>(header.FileChannels) *
+           static_cast<unsigned>(header.FileBitDepth) + 7) / 8 *
+      header.Height;
+  if (leastInflated / kMaxDeflateRatio >= file.size()) {
+    throw CIoError("declares " + std::to_string(header.Width) + "x" + std::to_string(header.Height) +
+                   " pixels, more than its " + std::to_string(file.size()) + " bytes can hold");
+  }
   const EDataType::ID dataType = header.BitDepth == 16 ? EDataType::UShort : EDataType::UByte;
   CreateForFile(image, header.Width, header.Height, kLayouts[header.Channels - 1], dataType);
 
   std::vector<png_bytep> rows = RowPointers(image.GetDataPtr(), header.Height,
                                             static_cast<std::size_t>(image.GetBytesPerPixel()) * header.Width);
   if (!ReadPngRows(structs.Png(), structs.Info(), rows.data())) throw CIoError(state.Message);
+  details = "bit-depth=" + std::to_string(header.FileBitDepth) + " colour=" + ColourName(header.ColorType) +
+            " interlace=" + (header.Interlace == PNG_INTERLACE_ADAM7 ? "adam7" : "none") +
+            " transparency=" + (header.Transparency ? "trns" : "none");
 }
 
 void WritePng(const IImage& image, std::FILE* file) {
