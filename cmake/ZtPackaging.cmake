@@ -112,7 +112,17 @@ set(CPACK_DEBIAN_TOOLS_DESCRIPTION
 
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-ztcoreex)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
-set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3-numpy, ${_zt_exact_runtime}")
+# The extension module is built for one interpreter version: the package
+# names that version's range, as Debian's Python packages do.
+set(_zt_python_depends "")
+if(ZT_PYTHON)
+  execute_process(COMMAND ${ZT_PYTHON} -c "import sys; print('%d.%d %d.%d' % (sys.version_info[0], sys.version_info[1], sys.version_info[0], sys.version_info[1] + 1))"
+    OUTPUT_VARIABLE _zt_python_versions OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+  if(_zt_python_versions MATCHES "^([0-9.]+) ([0-9.]+)$")
+    set(_zt_python_depends "python3 (>= ${CMAKE_MATCH_1}), python3 (<< ${CMAKE_MATCH_2}), ")
+  endif()
+endif()
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${_zt_python_depends}python3-numpy, ${_zt_exact_runtime}")
 set(CPACK_DEBIAN_PYTHON_DESCRIPTION
   "Python bindings of the Zt.Core.Ex image library\nThe module ztcoreex: Zt.Core.Ex images and conversions for Python,\nwith NumPy arrays.")
 
