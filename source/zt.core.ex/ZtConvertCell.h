@@ -588,7 +588,7 @@ ZT_CONVERT_AVX2 bool Avx2Cell(std::uint32_t count, void* target, const void* sou
 // target's size plays no part.
 template <EPixelType::ID TP, EDataType::ID TD>
 bool ConvertSrcSwitch(const void* source, const CZtImageFormat& sourceFormat, void* target,
-                      EPath path) {
+                      [[maybe_unused]] EPath path) {
   const std::uint32_t count = static_cast<std::uint32_t>(sourceFormat.Height) *
                               static_cast<std::uint32_t>(sourceFormat.Width);
   return WithSourcePixelType(sourceFormat.PixelType, [&](auto sp) {
