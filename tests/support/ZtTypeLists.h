@@ -32,6 +32,11 @@ inline constexpr PixelTypeInfo kPixelTypes[] = {
     {EPixelType::BayerGR, "BayerGR", 1}, {EPixelType::BayerGB, "BayerGB", 1},
     {EPixelType::BGR, "BGR", 3},         {EPixelType::BGRA, "BGRA", 4}};
 
+// The six layouts a conversion writes (the Bayer types are sources only).
+inline constexpr EPixelType::ID kTargetPixelTypes[] = {EPixelType::RGB,  EPixelType::RGBA,
+                                                       EPixelType::Lum,  EPixelType::LumA,
+                                                       EPixelType::BGR,  EPixelType::BGRA};
+
 inline constexpr DataTypeInfo kDataTypes[] = {
     {EDataType::Byte, "Byte", 1},   {EDataType::UByte, "UByte", 1}, {EDataType::Short, "Short", 2},
     {EDataType::UShort, "UShort", 2}, {EDataType::Int, "Int", 4},   {EDataType::UInt, "UInt", 4},

@@ -79,8 +79,6 @@ extern "C" void SayWhatFaulted(int signal) {
 }
 [[maybe_unused]] const bool g_faultsSaid = std::signal(SIGSEGV, SayWhatFaulted) != SIG_ERR;
 
-constexpr EPixelType::ID kTargets[] = {EPixelType::RGB, EPixelType::RGBA, EPixelType::Lum,
-                                       EPixelType::LumA, EPixelType::BGR, EPixelType::BGRA};
 constexpr std::size_t kOpenSide = 64;
 constexpr unsigned char kUntouched = 0x5A;
 
@@ -162,7 +160,7 @@ TEST(ConvertBounds, EveryCellReadsAndWritesOnlyItsRunsOnEveryPath) {
     for (const auto& sd : kDataTypes) {
       const std::vector<unsigned char> source = RandomBytes(
           std::size_t(kBeyondBlock) * std::size_t(sp.components * sd.bytes), 11);
-      for (EPixelType::ID tp : kTargets) {
+      for (EPixelType::ID tp : kTargetPixelTypes) {
         for (const auto& td : kDataTypes) {
           const std::vector<unsigned char> expected =
               ZtConvertRef::ConvertImage(tp, td.type, sp.type, sd.type, kBeyondBlock, source.data());
@@ -192,9 +190,9 @@ TEST(ConvertBounds, LargeTargetsStayInsideTheirRuns) {
   const CGuardedRegion sources(kLarge * 32 + 4096);
   const CGuardedRegion targets(kLarge + 4096 + kOpenSide);
   const std::vector<EPath> paths = Paths();
-  for (EPixelType::ID sp : kTargets) {
+  for (EPixelType::ID sp : kTargetPixelTypes) {
     for (const auto& sd : kDataTypes) {
-      for (EPixelType::ID tp : kTargets) {
+      for (EPixelType::ID tp : kTargetPixelTypes) {
         for (const auto& td : kDataTypes) {
           const std::size_t targetPixel = std::size_t(Components(tp) * td.bytes);
           const unsigned count = unsigned(kLarge / targetPixel + 3);
@@ -266,8 +264,8 @@ TEST(ConvertBounds, OverlappingRunsKeepThePixelOrderOnEveryPath) {
   constexpr unsigned kCount = 300;
   constexpr std::size_t kSourceAt = 4096;
   const std::vector<unsigned char> start = RandomBytes(kSourceAt + kCount * 32 + kSourceAt, 31);
-  for (EPixelType::ID sp : kTargets) {
-    for (EPixelType::ID tp : kTargets) {
+  for (EPixelType::ID sp : kTargetPixelTypes) {
+    for (EPixelType::ID tp : kTargetPixelTypes) {
       for (const auto& pair : pairs) {
         // Equal formats copy the whole run as one block instead.
         if (sp == tp && pair[0] == pair[1]) continue;

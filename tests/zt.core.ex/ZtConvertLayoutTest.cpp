@@ -14,8 +14,6 @@ using namespace ZtTest;
 
 namespace {
 
-constexpr EPixelType::ID kTargets[] = {EPixelType::RGB, EPixelType::RGBA, EPixelType::Lum,
-                                       EPixelType::LumA, EPixelType::BGR, EPixelType::BGRA};
 
 std::vector<unsigned char> SourceFor(EPixelType::ID sp, EDataType::ID sd, unsigned count,
                                      std::uint64_t seed) {
@@ -29,10 +27,10 @@ TEST(ConvertCells, LongRunsAndBlockEdgesMatchTheReference) {
   const unsigned counts[] = {31, 33, 63, 65, 127, 129, 511, 513, 1024, 2049, 4097};
   const EDataType::ID types[] = {EDataType::Byte, EDataType::UShort, EDataType::UInt,
                                  EDataType::Float, EDataType::Double};
-  for (EPixelType::ID sp : kTargets) {
+  for (EPixelType::ID sp : kTargetPixelTypes) {
     for (EDataType::ID sd : types) {
       const std::vector<unsigned char> source = SourceFor(sp, sd, 4097, 5);
-      for (EPixelType::ID tp : kTargets) {
+      for (EPixelType::ID tp : kTargetPixelTypes) {
         for (EDataType::ID td : types) {
           for (unsigned count : counts) {
             ASSERT_TRUE(MatchesReference(tp, td, sp, sd, count, source.data()));
