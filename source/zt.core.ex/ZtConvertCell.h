@@ -7,13 +7,12 @@
 //
 // A cell selects raw samples by the layouts (which samples travel, where they
 // land) and converts each by the sample rule. On x86-64 each cell is
-// compiled three times: for the baseline instruction set and, in functions
-// of their own marked for it, for AVX2 with FMA, where the compiler
-// vectorises the scalar rule of ZtSampleRule.h; and for AVX-512, where the
-// rule is written out for AVX-512 registers (ZtSampleRule512.h). Elsewhere
-// there is the one compilation. All give the same bits: every step is an
-// IEEE operation that vector lanes round exactly as scalar code does, and
-// moving samples is exact.
+// compiled three times: for the baseline instruction set, where the compiler
+// vectorises the scalar rule of ZtSampleRule.h, and, in functions of their
+// own marked for them, for AVX2 with FMA and for AVX-512, which run the
+// vector rule of ZtSampleVector.h. Elsewhere there is the one compilation.
+// All give the same bits: every step is an IEEE operation that vector lanes
+// round exactly as scalar code does, and moving samples is exact.
 //
 // Included only by ZtConvertCells.cpp, which instantiates the cells of one
 // target data type per translation unit.
@@ -25,7 +24,8 @@
 #include "ZtConvertDispatch.h"
 #include "ZtSampleRule.h"
 #if defined(__x86_64__)
-#include "ZtSampleRule512.h"
+#include "ZtSampleAvx2.h"
+#include "ZtSampleAvx512.h"
 #endif
 
 #if !defined(__GNUC__) && !defined(__clang__)
@@ -145,6 +145,15 @@ ZT_CONVERT_INLINE void Write(T* p, T value) {
   reinterpret_cast<TUnaligned<T>*>(p)->value = value;
 }
 
+// Asks for the memory line kFetchAhead bytes past p. A prefetch never
+// faults, so the address may lie past the end of the run; it is formed as
+// an integer, never as a pointer past the run.
+constexpr std::uintptr_t kFetchAhead = 4096;
+ZT_CONVERT_INLINE void FetchAhead(const void* p) {
+  __builtin_prefetch(
+      reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(p) + kFetchAhead));
+}
+
 // --- Moving samples of one type ------------------------------------------
 // Target pixels from source pixels of the same sample type: selection and
 // the fill only, no arithmetic. The runs do not overlap.
@@ -163,69 +172,42 @@ ZT_CONVERT_INLINE void MoveSamples(T* __restrict t, const T* __restrict s, std::
 }
 
 #if ZT_CONVERT_X86
-// The same with AVX-512 permutes (the zero-masking forms, whose full mask
-// costs nothing and which, unlike the plain forms, start from no undefined
-// register that GCC 12 warns about): a masked load of a few pixels, one permute
-// that places every target sample, a blend of the fill, a masked store. The
-// masks keep every load inside the source run and every store inside the
-// target run. Samples of 2, 4 and 8 bytes are permuted as such; bytes, for
-// which AVX-512BW has no permute across the whole register, are first spread
-// so that each 16-byte lane holds four pixels, shuffled inside the lanes,
-// and packed together again.
+// The same with AVX-512 permutes, for samples of 2, 4 and 8 bytes (the
+// zero-masking forms, whose full mask costs nothing and which, unlike the
+// plain forms, start from no undefined register that GCC 12 warns about): a
+// masked load of a few pixels, one permute that places every target sample,
+// a blend of the fill, a masked store. The masks keep every load inside the
+// source run and every store inside the target run. Bytes, which AVX-512BW
+// cannot permute across the whole register, go by the AVX2 shuffles below.
 struct SIndex {
   alignas(64) std::uint8_t bytes[64];
 };
+
+// The bits of a sample, repeated to fill 64 bits: the fill of every lane.
+template <class T>
+ZT_CONVERT_INLINE std::uint64_t Replicated(T sample) {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &sample, sizeof(T));
+  for (std::size_t width = sizeof(T) * 8; width < 64; width *= 2) bits |= bits << width;
+  return bits;
+}
 
 // Permute of n pixels of samples of 2, 4 or 8 bytes: target element j from
 // source element j / ts * ss + from[j % ts], little-endian.
 constexpr SIndex PermuteIndex(const int (&from)[4], int ss, int ts, int size, int n) {
   SIndex index{};
-  for (int j = 0; j < n * ts && size > 1; ++j) {
+  for (int j = 0; j < n * ts; ++j) {
     const int source = from[j % ts];
     const int element = source == kFill ? 0 : (j / ts) * ss + source;
     index.bytes[j * size] = std::uint8_t(element);
   }
   return index;
 }
-// Bytes: dword j of the spread register (lane j / 4) comes from source dword
-// (j / 4) * ss + min(j % 4, ss - 1), so lane k holds pixels 4k to 4k + 3.
-constexpr SIndex SpreadIndex(int ss) {
-  SIndex index{};
-  for (int j = 0; j < 16; ++j) {
-    const int d = j % 4 < ss - 1 ? j % 4 : ss - 1;
-    index.bytes[j * 4] = std::uint8_t((j / 4) * ss + d);
-  }
-  return index;
-}
-// Bytes: inside each lane, target byte b from lane byte Shuffle[b]; 0x80
-// gives 0 (bytes beyond the lane's four pixels, and the fill).
-constexpr SIndex ShuffleIndex(const int (&from)[4], int ss, int ts) {
-  SIndex index{};
-  for (int lane = 0; lane < 4; ++lane) {
-    for (int b = 0; b < 16; ++b) {
-      const int source = b < 4 * ts ? from[b % ts] : kFill;
-      index.bytes[lane * 16 + b] = std::uint8_t(source == kFill ? 0x80 : (b / ts) * ss + source);
-    }
-  }
-  return index;
-}
-// Bytes: dword j of the result from dword Pack[j], the 4 * ts used dwords of
-// each lane placed one after another.
-constexpr SIndex PackIndex(int ts) {
-  SIndex index{};
-  for (int j = 0; j < 4 * ts; ++j) {
-    index.bytes[j * 4] = std::uint8_t((j / ts) * 4 + j % ts);
-  }
-  return index;
-}
-// The elements that receive the fill (for bytes, in the spread layout).
-constexpr std::uint64_t FillMask(const int (&from)[4], int ts, int size, int n) {
+// The elements that receive the fill.
+constexpr std::uint64_t FillMask(const int (&from)[4], int ts, int n) {
   std::uint64_t mask = 0;
-  const int count = size == 1 ? 64 : n * ts;
-  for (int j = 0; j < count; ++j) {
-    const int inLane = size == 1 ? j % 16 : j;
-    const bool used = size == 1 ? inLane < 4 * ts : true;
-    if (used && from[inLane % ts] == kFill) mask |= std::uint64_t(1) << j;
+  for (int j = 0; j < n * ts; ++j) {
+    if (from[j % ts] == kFill) mask |= std::uint64_t(1) << j;
   }
   return mask;
 }
@@ -237,14 +219,12 @@ struct TMove512 {
   static constexpr int TS = M::TargetSamples;
   static constexpr int Size = int(sizeof(T));
   static constexpr int Widest = SS > TS ? SS : TS;
+  static_assert(Size > 1, "bytes go by the AVX2 shuffles");
   // Pixels per step.
-  static constexpr int N = Size == 1 ? 16 : (64 / Size) / Widest;
+  static constexpr int N = (64 / Size) / Widest;
 
   static constexpr SIndex kPermute = PermuteIndex(M::From, SS, TS, Size, N);
-  static constexpr SIndex kSpread = SpreadIndex(SS);
-  static constexpr SIndex kShuffle = ShuffleIndex(M::From, SS, TS);
-  static constexpr SIndex kPack = PackIndex(TS);
-  static constexpr std::uint64_t kFillMask = FillMask(M::From, TS, Size, N);
+  static constexpr std::uint64_t kFillMask = FillMask(M::From, TS, N);
 
   // A mask of the first `elements` elements.
   static ZT_CONVERT_INLINE std::uint64_t First(std::uint64_t elements) {
@@ -262,14 +242,7 @@ struct TMove512 {
         First((pixels - 1) * SS + std::uint64_t(M::LastRead) + 1) & ~First(M::FirstRead);
     const std::uint64_t store = First(pixels * TS);
     const __m512i permute = _mm512_load_si512(kPermute.bytes);
-    if constexpr (Size == 1) {
-      __m512i v = _mm512_maskz_loadu_epi8(load, s);
-      v = _mm512_maskz_permutexvar_epi32(0xFFFF, _mm512_load_si512(kSpread.bytes), v);
-      v = _mm512_shuffle_epi8(v, _mm512_load_si512(kShuffle.bytes));
-      v = _mm512_mask_mov_epi8(v, kFillMask, fillVector);
-      v = _mm512_maskz_permutexvar_epi32(0xFFFF, _mm512_load_si512(kPack.bytes), v);
-      _mm512_mask_storeu_epi8(t, store, v);
-    } else if constexpr (Size == 2) {
+    if constexpr (Size == 2) {
       __m512i v = _mm512_maskz_loadu_epi16(__mmask32(load), s);
       v = _mm512_permutexvar_epi16(permute, v);
       v = _mm512_mask_mov_epi16(v, __mmask32(kFillMask), fillVector);
@@ -289,29 +262,113 @@ struct TMove512 {
 
   static ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE void Run(T* t, const T* s, std::uint64_t n,
                                                         T fill) {
-    __m512i fillVector;
-    if constexpr (Size == 1) {
-      fillVector = _mm512_set1_epi8(char(fill));
-    } else if constexpr (Size == 2) {
-      std::uint16_t bits;
-      std::memcpy(&bits, &fill, 2);
-      fillVector = _mm512_set1_epi16(short(bits));
-    } else if constexpr (Size == 4) {
-      std::uint32_t bits;
-      std::memcpy(&bits, &fill, 4);
-      fillVector = _mm512_set1_epi32(int(bits));
-    } else {
-      std::uint64_t bits;
-      std::memcpy(&bits, &fill, 8);
-      fillVector = _mm512_set1_epi64(static_cast<long long>(bits));
-    }
+    const __m512i fillVector = _mm512_set1_epi64(static_cast<long long>(Replicated(fill)));
     std::uint64_t i = 0;
     for (; i + N <= n; i += N) {
-      Sample::FetchAhead(s + i * SS);
+      FetchAhead(s + i * SS);
       Step(t + i * TS, s + i * SS, N, fillVector);
     }
     if (i < n) {
       Step(t + i * TS, s + i * SS, n - i, fillVector);
+    }
+  }
+};
+
+// The same with AVX2 byte shuffles, for samples of 1, 2 and 4 bytes. AVX2
+// shuffles bytes only inside each 16-byte half of a register, so each half
+// is loaded with the pixels whose samples it places: L pixels, as many as
+// 16 bytes hold on either side, two halves per step. A half is loaded and
+// stored as 16 whole bytes; the main loop takes only steps whose 16 bytes
+// lie inside both runs (and, where the first pixel's first samples are not
+// listed, not the first step), and the rest goes through the same step on
+// copies in local buffers holding the listed samples alone.
+// Inside each half, target byte b from half byte Shuffle[b]; 0x80 gives 0
+// (bytes past the half's pixels, and the fill).
+constexpr SIndex HalfShuffleIndex(const int (&from)[4], int ss, int ts, int size, int pixels) {
+  SIndex index{};
+  for (int half = 0; half < 2; ++half) {
+    for (int b = 0; b < 16; ++b) {
+      const int sample = b / size;
+      const int source = sample < pixels * ts ? from[sample % ts] : kFill;
+      index.bytes[half * 16 + b] = std::uint8_t(
+          source == kFill ? 0x80 : ((sample / ts) * ss + source) * size + b % size);
+    }
+  }
+  return index;
+}
+// The bytes that receive the fill.
+constexpr SIndex HalfFillIndex(const int (&from)[4], int ts, int size, int pixels) {
+  SIndex index{};
+  for (int half = 0; half < 2; ++half) {
+    for (int b = 0; b < 16; ++b) {
+      const int sample = b / size;
+      const bool filled = sample < pixels * ts && from[sample % ts] == kFill;
+      index.bytes[half * 16 + b] = filled ? 0xFF : 0;
+    }
+  }
+  return index;
+}
+
+template <EPixelType::ID SP, EPixelType::ID TP, class T>
+struct TMove256 {
+  using M = TMapping<SP, TP>;
+  static constexpr int SS = M::SourceSamples;
+  static constexpr int TS = M::TargetSamples;
+  static constexpr int Size = int(sizeof(T));
+  static constexpr int Widest = SS > TS ? SS : TS;
+  // Pixels per half and per step.
+  static constexpr int L = 16 / (Size * Widest);
+  static constexpr std::uint64_t N = 2 * L;
+  static constexpr int kHalf = 16 / Size;  // samples per half
+  static constexpr SIndex kShuffle = HalfShuffleIndex(M::From, SS, TS, Size, L);
+  static constexpr SIndex kFillBytes = HalfFillIndex(M::From, TS, Size, L);
+
+  static ZT_CONVERT_AVX2 ZT_CONVERT_INLINE void Step(T* t, const T* s, __m256i fillVector) {
+    const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + L * SS));
+    __m256i v = _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
+    v = _mm256_shuffle_epi8(v, _mm256_load_si256(reinterpret_cast<const __m256i*>(kShuffle.bytes)));
+    v = _mm256_blendv_epi8(v, fillVector,
+                           _mm256_load_si256(reinterpret_cast<const __m256i*>(kFillBytes.bytes)));
+    if constexpr (L * TS == kHalf) {
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(t), v);
+    } else {
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(t), _mm256_castsi256_si128(v));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(t + L * TS), _mm256_extracti128_si256(v, 1));
+    }
+  }
+
+  // `pixels` (at most N) through local copies of their listed samples.
+  static ZT_CONVERT_AVX2 ZT_CONVERT_INLINE void CopiedStep(T* t, const T* s, std::uint64_t pixels,
+                                                           __m256i fillVector) {
+    T in[N * SS + kHalf] = {};
+    T out[N * TS + kHalf];
+    const std::uint64_t first = std::uint64_t(M::FirstRead);
+    const std::uint64_t end = (pixels - 1) * SS + std::uint64_t(M::LastRead) + 1;
+    std::memcpy(in + first, s + first, (end - first) * sizeof(T));
+    Step(out, in, fillVector);
+    std::memcpy(t, out, pixels * TS * sizeof(T));
+  }
+
+  static ZT_CONVERT_AVX2 ZT_CONVERT_NOINLINE void Run(T* t, const T* s, std::uint64_t n,
+                                                     T fill) {
+    const __m256i fillVector = _mm256_set1_epi64x(static_cast<long long>(Replicated(fill)));
+    std::uint64_t i = 0;
+    if (M::FirstRead > 0 && n > 0) {
+      i = std::min(N, n);
+      CopiedStep(t, s, i, fillVector);
+    }
+    // Step i loads up to sample (i + L) * SS + kHalf and stores up to
+    // (i + L) * TS + kHalf, exclusive; both runs end at n pixels (the
+    // source at its last listed sample).
+    const std::uint64_t sourceEnd = n == 0 ? 0 : (n - 1) * SS + std::uint64_t(M::LastRead) + 1;
+    for (; i + N <= n && (i + L) * SS + kHalf <= sourceEnd && (i + L) * TS + kHalf <= n * TS;
+         i += N) {
+      FetchAhead(s + i * SS);
+      Step(t + i * TS, s + i * SS, fillVector);
+    }
+    for (; i < n; i += N) {
+      CopiedStep(t + i * TS, s + i * SS, std::min(N, n - i), fillVector);
     }
   }
 };
@@ -340,55 +397,30 @@ ZT_CONVERT_NOINLINE void ConvertRun(Sample::TSample<TD>* __restrict t,
 #endif
 }
 #if ZT_CONVERT_X86
-// The same loop compiled for AVX2 with FMA (x86-64-v3): the compiler
-// vectorises the one scalar rule four doubles wide, its quotients formed by
-// fused multiply-add instead of the divider.
-template <EDataType::ID SD, EDataType::ID TD>
-ZT_CONVERT_AVX2 ZT_CONVERT_NOINLINE void ConvertRunAvx2(Sample::TSample<TD>* __restrict t,
-                                                       const Sample::TSample<SD>* __restrict s,
-                                                       std::uint64_t n) {
-  ConvertLoop<SD, TD, true>(t, s, n);
-}
-#endif
-#if ZT_CONVERT_X86
-// The same written for AVX-512 registers (ZtSampleRule512.h).
-template <EDataType::ID SD, EDataType::ID TD>
-ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE void ConvertRun512(Sample::TSample<TD>* t,
-                                                         const Sample::TSample<SD>* s,
-                                                         std::uint64_t n) {
-  Sample::ConvertRun512<SD, TD>(t, s, n);
-}
-#endif
-
-#if ZT_CONVERT_X86
 // Targets of this many bytes and more are written with streaming stores.
 constexpr std::uint64_t kStreamBytes = std::uint64_t(4) << 20;
 
 // Copies `bytes` from a block in the cache to t with streaming stores, which
 // write whole lines without reading them first; the unaligned edges of t
-// take ordinary masked stores.
-ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE inline void Stream512(void* target, const void* source,
-                                                         std::uint64_t bytes) {
+// take ordinary stores. Used by the AVX2 and the AVX-512 paths.
+ZT_CONVERT_AVX2 ZT_CONVERT_NOINLINE inline void Stream(void* target, const void* source,
+                                                      std::uint64_t bytes) {
   auto* t = static_cast<unsigned char*>(target);
   const auto* s = static_cast<const unsigned char*>(source);
-  const std::uint64_t misalignment = reinterpret_cast<std::uintptr_t>(t) & 63u;
-  std::uint64_t head = misalignment == 0 ? 0 : std::min<std::uint64_t>(64 - misalignment, bytes);
-  if (head != 0) {
-    const __mmask64 mask = (std::uint64_t(1) << head) - 1;
-    _mm512_mask_storeu_epi8(t, mask, _mm512_maskz_loadu_epi8(mask, s));
-  }
+  const std::uint64_t misalignment = reinterpret_cast<std::uintptr_t>(t) & 31u;
+  const std::uint64_t head =
+      misalignment == 0 ? 0 : std::min<std::uint64_t>(32 - misalignment, bytes);
+  std::memcpy(t, s, head);
   std::uint64_t i = head;
-  for (; i + 64 <= bytes; i += 64) {
-    _mm512_stream_si512(reinterpret_cast<__m512i*>(t + i), _mm512_loadu_si512(s + i));
+  for (; i + 32 <= bytes; i += 32) {
+    _mm256_stream_si256(reinterpret_cast<__m256i*>(t + i),
+                        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i)));
   }
-  if (i < bytes) {
-    const __mmask64 mask = (std::uint64_t(1) << (bytes - i)) - 1;
-    _mm512_mask_storeu_epi8(t + i, mask, _mm512_maskz_loadu_epi8(mask, s + i));
-  }
+  std::memcpy(t + i, s + i, bytes - i);
 }
 
 // Orders the streaming stores before everything stored after the conversion.
-ZT_CONVERT_AVX512 inline void StreamEnd512() { _mm_sfence(); }
+ZT_CONVERT_AVX2 inline void StreamEnd() { _mm_sfence(); }
 #endif
 
 // Bytes of each intermediate block of a cell: blocks of a conversion that
@@ -423,14 +455,21 @@ struct TCell {
   // Order of stores cannot be seen, so each part of the work runs as its own
   // tight loop: moving samples, converting samples, or both through a block
   // held in the cache. Moving goes first where it drops samples, so that
-  // nothing is converted in vain; converting goes first where the target has
-  // more samples, so that a repeated luminance is converted once.
+  // nothing is converted in vain, and where the source samples are the
+  // narrower, which are moved faster; converting goes first where the
+  // target repeats a luminance, so that it is converted once.
+  static constexpr bool kConvertFirst =
+      SrcStep <= TrgStep && M::ReadsAll &&
+      (sizeof(S) >= sizeof(T) || (!Src.HasThreeColours() && Trg.HasThreeColours()));
 
   template <class U>
   static ZT_CONVERT_INLINE void Move(U* t, const U* s, std::uint64_t n, U fill) {
 #if ZT_CONVERT_X86
-    if constexpr (Path == EPath::Avx512) {
+    if constexpr (Path == EPath::Avx512 && sizeof(U) > 1) {
       TMove512<SP, TP, U>::Run(t, s, n, fill);
+      return;
+    } else if constexpr (Path != EPath::Baseline && sizeof(U) <= 4) {
+      TMove256<SP, TP, U>::Run(t, s, n, fill);
       return;
     }
 #endif
@@ -441,10 +480,10 @@ struct TCell {
   static ZT_CONVERT_INLINE void ConvertSamples(B* t, const A* s, std::uint64_t n) {
 #if ZT_CONVERT_X86
     if constexpr (Path == EPath::Avx512) {
-      ConvertRun512<SD, TD>(t, s, n);
+      Sample::Avx512::ConvertRun<SD, TD>(t, s, n);
       return;
     } else if constexpr (Path == EPath::Avx2) {
-      ConvertRunAvx2<SD, TD>(t, s, n);
+      Sample::Avx2::ConvertRun<SD, TD>(t, s, n);
       return;
     }
 #endif
@@ -457,7 +496,7 @@ struct TCell {
       ConvertSamples(t, s, m * SrcStep);
     } else if constexpr (SD == TD) {
       Move<T>(t, s, m, Sample::AlphaFill<TD>());
-    } else if constexpr (SrcStep <= TrgStep && M::ReadsAll) {
+    } else if constexpr (kConvertFirst) {
       alignas(64) T block[kBlockPixels * 4];
       ConvertSamples(block, s, m * SrcStep);
       Move<T>(t, block, m, Sample::AlphaFill<TD>());
@@ -476,15 +515,15 @@ struct TCell {
     // A target larger than the caches is written past them: each block is
     // converted into the cache and streamed out, which saves reading every
     // target line before it is overwritten.
-    if constexpr (Path == EPath::Avx512) {
+    if constexpr (Path != EPath::Baseline) {
       if (targetBytes >= kStreamBytes) {
         alignas(64) T out[kBlockPixels * 4];
         for (std::uint64_t begin = 0; begin < n; begin += kBlockPixels) {
           const std::uint64_t m = std::min(kBlockPixels, n - begin);
           Produce(out, s + begin * SrcStep, m);
-          Stream512(t + begin * TrgStep, out, m * TrgStep * sizeof(T));
+          Stream(t + begin * TrgStep, out, m * TrgStep * sizeof(T));
         }
-        StreamEnd512();
+        StreamEnd();
         return;
       }
     }

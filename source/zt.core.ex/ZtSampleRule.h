@@ -20,8 +20,11 @@
 //
 // Internal: not exported and never included by a public header.
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
+#include <utility>
 
 #include "ZtInterop.h"
 
@@ -88,7 +91,7 @@ using TSample = typename TDataType<D>::Type;
 // the tests compare it with the division on every sample of every integer
 // type.
 template <class T, bool Fused>
-inline double Quotient(double v) {
+constexpr double Quotient(double v) {
   if constexpr (Fused) {
     constexpr double kReciprocal = 1.0 / T::P;
     const double estimate = v * kReciprocal;
@@ -101,7 +104,7 @@ inline double Quotient(double v) {
 
 // Raw sample to normalised value.
 template <EDataType::ID D, bool Fused = false>
-inline double DecodeSample(TSample<D> sample) {
+constexpr double DecodeSample(TSample<D> sample) {
   using T = TDataType<D>;
   if constexpr (T::Kind == EKind::Floating) {
     return static_cast<double>(sample);
@@ -122,7 +125,7 @@ inline double DecodeSample(TSample<D> sample) {
 // scaled value (the high test first) and truncate toward zero; Float narrows
 // with IEEE rounding and does not clamp.
 template <EDataType::ID D>
-inline TSample<D> EncodeSample(double value) {
+constexpr TSample<D> EncodeSample(double value) {
   using T = TDataType<D>;
   if constexpr (T::Kind == EKind::Floating) {
     return static_cast<TSample<D>>(value);
@@ -155,7 +158,7 @@ inline TSample<D> EncodeSample(double value) {
 // Raw sample to raw sample. Equal types copy the bits, so a NaN keeps its
 // payload and -0.0 stays -0.0.
 template <EDataType::ID S, EDataType::ID T, bool Fused = false>
-inline TSample<T> ConvertSample(TSample<S> sample) {
+constexpr TSample<T> ConvertSample(TSample<S> sample) {
   if constexpr (S == T) {
     return sample;
   } else {
@@ -174,6 +177,75 @@ constexpr TSample<D> AlphaFill() {
     return std::numeric_limits<TSample<D>>::max();
   }
 }
+
+// --- An integer route ---------------------------------------------------------
+// Between the unsigned types of up to 16 bits whose top samples divide one
+// another, the rule's result may equal (sample * M) >> Shift on every
+// sample: M the ratio of the tops when the target is wider; when it is
+// narrower, M approximates 2^24 divided by the ratio from above, and the
+// shift drops 24 bits. Vector units multiply 16-bit integers many times
+// faster than they divide doubles. The route is taken only where Exact: the
+// compiler has evaluated the rule and the route on every sample of the
+// source type and found them equal, so the route is the rule's own table,
+// written as arithmetic.
+struct SIntegerRoute {
+  bool Exact;
+  std::uint32_t M;
+  int Shift;
+};
+
+// The route's constants, not yet checked.
+template <EDataType::ID S, EDataType::ID T>
+constexpr SIntegerRoute IntegerRouteCandidate() {
+  using Src = TDataType<S>;
+  using Trg = TDataType<T>;
+  if constexpr (S == T || Src::Kind != EKind::Unsigned || Trg::Kind != EKind::Unsigned ||
+                sizeof(TSample<S>) > 2 || sizeof(TSample<T>) > 2) {
+    return {false, 0, 0};
+  } else {
+    const std::uint32_t top = std::uint32_t(Src::P);
+    const std::uint32_t targetTop = std::uint32_t(Trg::P);
+    if (targetTop > top && targetTop % top == 0) {
+      return {true, targetTop / top, 0};
+    }
+    if (top > targetTop && top % targetTop == 0) {
+      const std::uint32_t ratio = top / targetTop;
+      const std::uint32_t m = ((std::uint32_t(1) << 24) + ratio - 1) / ratio;
+      return {m < 65536, m, 24};
+    }
+    return {false, 0, 0};
+  }
+}
+
+// Whether the candidate gives the rule's result on the samples of one of
+// eight parts of the source range. The parts are evaluated one by one, each
+// within the compilers' limits on the steps of a constant evaluation.
+template <EDataType::ID S, EDataType::ID T, int Part>
+constexpr bool IntegerRouteHolds() {
+  constexpr SIntegerRoute route = IntegerRouteCandidate<S, T>();
+  if constexpr (!route.Exact) {
+    return false;
+  } else {
+    constexpr std::uint32_t top = std::uint32_t(TDataType<S>::P);
+    constexpr std::uint32_t partSize = top / 8 + 1;
+    const std::uint32_t last = std::min(top, (Part + 1) * partSize - 1);
+    for (std::uint32_t x = Part * partSize; x <= last; ++x) {
+      if ((x * route.M) >> route.Shift != ConvertSample<S, T>(TSample<S>(x))) return false;
+    }
+    return true;
+  }
+}
+
+template <EDataType::ID S, EDataType::ID T, int... Parts>
+constexpr SIntegerRoute CheckedIntegerRoute(std::integer_sequence<int, Parts...>) {
+  constexpr SIntegerRoute route = IntegerRouteCandidate<S, T>();
+  constexpr bool holds = (... && std::integral_constant<bool, IntegerRouteHolds<S, T, Parts>()>::value);
+  return {route.Exact && holds, route.M, route.Shift};
+}
+
+template <EDataType::ID S, EDataType::ID T>
+constexpr SIntegerRoute kIntegerRoute =
+    CheckedIntegerRoute<S, T>(std::make_integer_sequence<int, 8>());
 
 // The Short and Int encodings as routines that store into their place.
 inline void StoreSaturatedShort(std::int16_t* place, double value) {
