@@ -10,7 +10,8 @@
 // compiled three times: for the baseline instruction set, where the compiler
 // vectorises the scalar rule of ZtSampleRule.h, and, in functions of their
 // own marked for them, for AVX2 with FMA and for AVX-512, which run the
-// vector rule of ZtSampleVector.h. Elsewhere there is the one compilation.
+// vector rule of ZtSampleVector.h. AArch64 has the one compilation, which
+// runs the vector rule for Advanced SIMD; other processors the scalar rule.
 // All give the same bits: every step is an IEEE operation that vector lanes
 // round exactly as scalar code does, and moving samples is exact.
 //
@@ -26,6 +27,8 @@
 #if defined(__x86_64__)
 #include "ZtSampleAvx2.h"
 #include "ZtSampleAvx512.h"
+#elif defined(__aarch64__)
+#include "ZtSampleNeon.h"
 #endif
 
 #if !defined(__GNUC__) && !defined(__clang__)
@@ -376,24 +379,19 @@ struct TMove256 {
 
 // --- Converting samples in place ------------------------------------------
 // A run of samples of one type to the same number of another, sample by
-// sample. Contiguous on both sides, so the compiler vectorises it on any
-// instruction set. One instance per pair of types and path, shared by the
-// cells.
-template <EDataType::ID SD, EDataType::ID TD, bool Fused>
-ZT_CONVERT_INLINE void ConvertLoop(Sample::TSample<TD>* __restrict t,
-                                   const Sample::TSample<SD>* __restrict s, std::uint64_t n) {
-  for (std::uint64_t i = 0; i < n; ++i) {
-    Write(t + i, Sample::ConvertSample<SD, TD, Fused>(Read(s + i)));
-  }
-}
+// sample, on the path that has no vector rule of its own (the x86-64
+// baseline, which has no fused multiply-add): contiguous on both sides, so
+// the compiler vectorises it. AArch64 runs the vector rule. One instance per
+// pair of types and path, shared by the cells.
 template <EDataType::ID SD, EDataType::ID TD>
 ZT_CONVERT_NOINLINE void ConvertRun(Sample::TSample<TD>* __restrict t,
                                     const Sample::TSample<SD>* __restrict s, std::uint64_t n) {
-  // AArch64 always has fused multiply-add; the x86-64 baseline has none.
 #if defined(__aarch64__)
-  ConvertLoop<SD, TD, true>(t, s, n);
+  Sample::Neon::ConvertRun<SD, TD>(t, s, n);
 #else
-  ConvertLoop<SD, TD, false>(t, s, n);
+  for (std::uint64_t i = 0; i < n; ++i) {
+    Write(t + i, Sample::ConvertSample<SD, TD>(Read(s + i)));
+  }
 #endif
 }
 #if ZT_CONVERT_X86

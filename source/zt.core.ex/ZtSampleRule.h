@@ -82,40 +82,20 @@ struct TDataType<EDataType::Double> : TFloating<double> {};
 template <EDataType::ID D>
 using TSample = typename TDataType<D>::Type;
 
-// The quotient v / P of a sample, correctly rounded. Where fused
-// multiply-add is at hand (Fused) it comes from the rounded reciprocal
-// R = 1 / P instead of the divider, which vector units run several times
-// faster: e = v * R is within an ulp of v / P, the remainder v - e * P is
-// exact in one fused operation, and e + remainder * R, rounded once, is the
-// correctly rounded quotient. The samples are few enough to check them all:
-// the tests compare it with the division on every sample of every integer
-// type.
-template <class T, bool Fused>
-constexpr double Quotient(double v) {
-  if constexpr (Fused) {
-    constexpr double kReciprocal = 1.0 / T::P;
-    const double estimate = v * kReciprocal;
-    const double remainder = __builtin_fma(-estimate, T::P, v);
-    return __builtin_fma(remainder, kReciprocal, estimate);
-  } else {
-    return v / T::P;
-  }
-}
-
 // Raw sample to normalised value.
-template <EDataType::ID D, bool Fused = false>
+template <EDataType::ID D>
 constexpr double DecodeSample(TSample<D> sample) {
   using T = TDataType<D>;
   if constexpr (T::Kind == EKind::Floating) {
     return static_cast<double>(sample);
   } else if constexpr (T::Kind == EKind::Unsigned) {
-    return Quotient<T, Fused>(static_cast<double>(sample));
+    return static_cast<double>(sample) / T::P;
   } else {
     // Both sides are computed and one is selected. The negative side is a
     // product with a power of two and exact, so the bottom sample gives
     // exactly -1.0; zero takes it and gives +0.0.
     const double value = static_cast<double>(sample);
-    const double positive = Quotient<T, Fused>(value);
+    const double positive = value / T::P;
     const double negative = value * T::F;
     return sample > 0 ? positive : negative;
   }
@@ -157,12 +137,12 @@ constexpr TSample<D> EncodeSample(double value) {
 
 // Raw sample to raw sample. Equal types copy the bits, so a NaN keeps its
 // payload and -0.0 stays -0.0.
-template <EDataType::ID S, EDataType::ID T, bool Fused = false>
+template <EDataType::ID S, EDataType::ID T>
 constexpr TSample<T> ConvertSample(TSample<S> sample) {
   if constexpr (S == T) {
     return sample;
   } else {
-    return EncodeSample<T>(DecodeSample<S, Fused>(sample));
+    return EncodeSample<T>(DecodeSample<S>(sample));
   }
 }
 
