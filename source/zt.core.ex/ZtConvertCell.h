@@ -31,6 +31,12 @@
 #include "ZtSampleNeon.h"
 #endif
 
+#if defined(__aarch64__)
+#define ZT_CONVERT_NEON 1
+#else
+#define ZT_CONVERT_NEON 0
+#endif
+
 #if !defined(__GNUC__) && !defined(__clang__)
 #error "the conversion cells need GCC or Clang"
 #endif
@@ -148,15 +154,6 @@ ZT_CONVERT_INLINE void Write(T* p, T value) {
   reinterpret_cast<TUnaligned<T>*>(p)->value = value;
 }
 
-// Asks for the memory line kFetchAhead bytes past p. A prefetch never
-// faults, so the address may lie past the end of the run; it is formed as
-// an integer, never as a pointer past the run.
-constexpr std::uintptr_t kFetchAhead = 4096;
-ZT_CONVERT_INLINE void FetchAhead(const void* p) {
-  __builtin_prefetch(
-      reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(p) + kFetchAhead));
-}
-
 // --- Moving samples of one type ------------------------------------------
 // Target pixels from source pixels of the same sample type: selection and
 // the fill only, no arithmetic. The runs do not overlap.
@@ -268,7 +265,7 @@ struct TMove512 {
     const __m512i fillVector = _mm512_set1_epi64(static_cast<long long>(Replicated(fill)));
     std::uint64_t i = 0;
     for (; i + N <= n; i += N) {
-      FetchAhead(s + i * SS);
+      Sample::FetchAhead(s + i * SS);
       Step(t + i * TS, s + i * SS, N, fillVector);
     }
     if (i < n) {
@@ -367,7 +364,7 @@ struct TMove256 {
     const std::uint64_t sourceEnd = n == 0 ? 0 : (n - 1) * SS + std::uint64_t(M::LastRead) + 1;
     for (; i + N <= n && (i + L) * SS + kHalf <= sourceEnd && (i + L) * TS + kHalf <= n * TS;
          i += N) {
-      FetchAhead(s + i * SS);
+      Sample::FetchAhead(s + i * SS);
       Step(t + i * TS, s + i * SS, fillVector);
     }
     for (; i < n; i += N) {
@@ -386,7 +383,7 @@ struct TMove256 {
 template <EDataType::ID SD, EDataType::ID TD>
 ZT_CONVERT_NOINLINE void ConvertRun(Sample::TSample<TD>* __restrict t,
                                     const Sample::TSample<SD>* __restrict s, std::uint64_t n) {
-#if defined(__aarch64__)
+#if ZT_CONVERT_NEON
   Sample::Neon::ConvertRun<SD, TD>(t, s, n);
 #else
   for (std::uint64_t i = 0; i < n; ++i) {
@@ -453,12 +450,16 @@ struct TCell {
   // Order of stores cannot be seen, so each part of the work runs as its own
   // tight loop: moving samples, converting samples, or both through a block
   // held in the cache. Moving goes first where it drops samples, so that
-  // nothing is converted in vain, and where the source samples are the
-  // narrower, which are moved faster; converting goes first where the
-  // target repeats a luminance, so that it is converted once.
+  // nothing is converted in vain. Otherwise converting goes first where the
+  // target repeats a luminance, so that it is converted once, and where the
+  // samples are converted by the scalar rule, whose divisions outweigh the
+  // moves; with the vector rule, moving goes first where the source samples
+  // are the narrower, which are moved faster.
+  static constexpr bool kVectorRule = Path != EPath::Baseline || ZT_CONVERT_NEON;
   static constexpr bool kConvertFirst =
       SrcStep <= TrgStep && M::ReadsAll &&
-      (sizeof(S) >= sizeof(T) || (!Src.HasThreeColours() && Trg.HasThreeColours()));
+      (sizeof(S) >= sizeof(T) || (!Src.HasThreeColours() && Trg.HasThreeColours()) ||
+       !kVectorRule);
 
   template <class U>
   static ZT_CONVERT_INLINE void Move(U* t, const U* s, std::uint64_t n, U fill) {

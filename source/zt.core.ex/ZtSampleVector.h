@@ -149,13 +149,6 @@ ZT_VECTOR void Step(TSample<TD>* t, const TSample<SD>* s) {
   }
 }
 
-// How far ahead of its use each line of a source is requested from memory.
-// A run that comes from memory is read faster when its lines are asked for
-// this far ahead than when the processor has to find the stream itself. A
-// prefetch never faults, so the address may lie past the end of the run; it
-// is formed as an integer, never as a pointer past the run.
-constexpr std::uintptr_t kFetchAhead = 4096;
-
 // A run of n samples of one type to the same number of another, a step at a
 // time with one fetch ahead per 64 source bytes. The last few samples go
 // through a step on copies in local buffers, so that nothing outside the
@@ -170,8 +163,7 @@ ZT_VECTOR_RUN void ConvertRun(TSample<TD>* t, const TSample<SD>* s, std::uint64_
   constexpr std::uint64_t kPerFetch = kStepBytes < 64 ? 64 / kStepBytes * kLanes : kLanes;
   std::uint64_t i = 0;
   for (; i + kPerFetch <= n; i += kPerFetch) {
-    __builtin_prefetch(
-        reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(s + i) + kFetchAhead));
+    FetchAhead(s + i);
     for (std::uint64_t k = i; k < i + kPerFetch; k += kLanes) {
       Step<SD, TD>(t + k, s + k);
     }
