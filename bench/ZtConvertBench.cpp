@@ -124,11 +124,14 @@ void RunCase(benchmark::State& state, const Case& c, EWay way) {
     }
     benchmark::ClobberMemory();
   }
-  state.counters["ns/px"] = benchmark::Counter(
-      double(count) * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  state.counters["ns/px"] =
+      benchmark::Counter(double(count) * 1e-9, benchmark::Counter::kIsIterationInvariantRate |
+                                                   benchmark::Counter::kInvert);
 }
 
-std::string Name(EWay way, const Case& c) { return std::string(kWayNames[int(way)]) + "/" + c.name; }
+std::string Name(EWay way, const Case& c) {
+  return std::string(kWayNames[int(way)]) + "/" + c.name;
+}
 
 // Keeps the processor time of every repetition for the table of medians and
 // shows only the median of each benchmark on the console.
@@ -171,15 +174,17 @@ private:
   std::map<std::string, std::vector<double>> times;
 };
 
-bool IsIntegerType(EDataType::ID type) { return type != EDataType::Float && type != EDataType::Double; }
+bool IsIntegerType(EDataType::ID type) {
+  return type != EDataType::Float && type != EDataType::Double;
+}
 
 // --- What runs ---------------------------------------------------------------
 // The machine class as the C library reports it, which is what the engine
 // chooses its path by.
 const char* ClassName() {
 #if ZT_BENCH_FEATURES_FROM_LIBC
-  if (CPU_FEATURE_ACTIVE(AVX512F) && CPU_FEATURE_ACTIVE(AVX512DQ) &&
-      CPU_FEATURE_ACTIVE(AVX512BW) && CPU_FEATURE_ACTIVE(AVX512VL) && CPU_FEATURE_ACTIVE(FMA)) {
+  if (CPU_FEATURE_ACTIVE(AVX512F) && CPU_FEATURE_ACTIVE(AVX512DQ) && CPU_FEATURE_ACTIVE(AVX512BW) &&
+      CPU_FEATURE_ACTIVE(AVX512VL) && CPU_FEATURE_ACTIVE(FMA)) {
     return "AVX-512";
   }
   if (CPU_FEATURE_ACTIVE(AVX2) && CPU_FEATURE_ACTIVE(FMA)) {
@@ -292,11 +297,13 @@ bool PrintTable(const MedianReporter& reporter, const std::string& openCvLine) {
   getloadavg(load, 3);
   std::printf("\n#### %s class, the engine's path: %s\n\n", machineClass.c_str(),
               EnginePath(machineClass));
-  std::printf("%s. ns per pixel, median of %d runs, one thread, %dx%d; load average %.1f at "
-              "the end.\n\n",
-              openCvLine.c_str(), kRepetitions, kSide, kSide, load[0]);
-  std::printf("| conversion | memcpy | scalar loop | ours | OpenCV | ours/OpenCV | "
-              "OpenCV/memcpy | within bound | OpenCV's samples off the rule |\n");
+  std::printf(
+      "%s. ns per pixel, median of %d runs, one thread, %dx%d; load average %.1f at "
+      "the end.\n\n",
+      openCvLine.c_str(), kRepetitions, kSide, kSide, load[0]);
+  std::printf(
+      "| conversion | memcpy | scalar loop | ours | OpenCV | ours/OpenCV | "
+      "OpenCV/memcpy | within bound | OpenCV's samples off the rule |\n");
   std::printf("|---|---:|---:|---:|---:|---:|---:|---|---|\n");
   double logSum = 0;
   double lowestVsScalar = INFINITY;
@@ -324,9 +331,10 @@ bool PrintTable(const MedianReporter& reporter, const std::string& openCvLine) {
   }
   std::printf("\n");
   if (integerCases > 0) {
-    std::printf("Integer sources changing type: the engine %.2fx as fast as the scalar loop "
-                "(geometric mean of %d cases), lowest %.2fx. ",
-                std::exp(logSum / integerCases), integerCases, lowestVsScalar);
+    std::printf(
+        "Integer sources changing type: the engine %.2fx as fast as the scalar loop "
+        "(geometric mean of %d cases), lowest %.2fx. ",
+        std::exp(logSum / integerCases), integerCases, lowestVsScalar);
   }
   const Case& first = ZtBench::kCases[0];
   const double onePixel = reporter.Median(Name(EWay::OnePixel, first));
@@ -338,11 +346,11 @@ bool PrintTable(const MedianReporter& reporter, const std::string& openCvLine) {
 }
 
 // --- Sweep -------------------------------------------------------------------
-constexpr EPixelType::ID kLayouts[] = {EPixelType::RGB, EPixelType::RGBA, EPixelType::Lum,
-                                       EPixelType::LumA, EPixelType::BGR, EPixelType::BGRA};
-constexpr EDataType::ID kTypes[] = {EDataType::Byte, EDataType::UByte, EDataType::Short,
-                                    EDataType::UShort, EDataType::Int, EDataType::UInt,
-                                    EDataType::Float, EDataType::Double};
+constexpr EPixelType::ID kLayouts[] = {EPixelType::RGB,  EPixelType::RGBA, EPixelType::Lum,
+                                       EPixelType::LumA, EPixelType::BGR,  EPixelType::BGRA};
+constexpr EDataType::ID kTypes[] = {EDataType::Byte,   EDataType::UByte, EDataType::Short,
+                                    EDataType::UShort, EDataType::Int,   EDataType::UInt,
+                                    EDataType::Float,  EDataType::Double};
 
 // Processor time of this thread: other work on a busy machine does not count.
 double ThreadNanoseconds() {

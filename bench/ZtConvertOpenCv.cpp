@@ -3,11 +3,10 @@
 
 #include "ZtConvertOpenCv.h"
 
+#include <cstring>
 #include <opencv2/core.hpp>
 #include <opencv2/core/utility.hpp>
 #include <opencv2/imgproc.hpp>
-
-#include <cstring>
 
 namespace ZtBench {
 namespace {

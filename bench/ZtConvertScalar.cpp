@@ -18,7 +18,9 @@ using ZtConvertRef::F;
 template <class S, class T, int SourceSamples, int... From, std::size_t... K>
 void Pixel(T* t, const S* s, std::index_sequence<K...>) {
   constexpr int from[] = {From...};
-  ((t[K] = from[K] == F ? ZtConvertRef::Fill<T>() : ZtConvertRef::Convert<S, T>(s[from[K] < 0 ? 0 : from[K]])), ...);
+  ((t[K] = from[K] == F ? ZtConvertRef::Fill<T>()
+                        : ZtConvertRef::Convert<S, T>(s[from[K] < 0 ? 0 : from[K]])),
+   ...);
 }
 
 template <class S, class T, int SourceSamples, int... From>
@@ -39,8 +41,8 @@ const Case kCases[] = {
      EDataType::Float, Scalar<std::uint8_t, float, 3, 0, 1, 2, F>},
     {"UShort Lum -> UByte Lum", EPixelType::Lum, EDataType::UShort, EPixelType::Lum,
      EDataType::UByte, Scalar<std::uint16_t, std::uint8_t, 1, 0>},
-    {"UByte RGB -> UByte BGR", EPixelType::RGB, EDataType::UByte, EPixelType::BGR,
-     EDataType::UByte, Scalar<std::uint8_t, std::uint8_t, 3, 2, 1, 0>},
+    {"UByte RGB -> UByte BGR", EPixelType::RGB, EDataType::UByte, EPixelType::BGR, EDataType::UByte,
+     Scalar<std::uint8_t, std::uint8_t, 3, 2, 1, 0>},
     {"UByte RGB -> UByte BGRA", EPixelType::RGB, EDataType::UByte, EPixelType::BGRA,
      EDataType::UByte, Scalar<std::uint8_t, std::uint8_t, 3, 2, 1, 0, F>},
     {"Float RGBA -> UByte BGRA", EPixelType::RGBA, EDataType::Float, EPixelType::BGRA,

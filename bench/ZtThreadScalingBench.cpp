@@ -34,8 +34,10 @@ struct SScalingCase {
 
 // One conversion bound by arithmetic, one bound by memory traffic.
 constexpr SScalingCase kCases[] = {
-    {"UByte_RGB_to_Float_RGBA", EPixelType::RGB, EDataType::UByte, EPixelType::RGBA, EDataType::Float},
-    {"UShort_Lum_to_UByte_Lum", EPixelType::Lum, EDataType::UShort, EPixelType::Lum, EDataType::UByte},
+    {"UByte_RGB_to_Float_RGBA", EPixelType::RGB, EDataType::UByte, EPixelType::RGBA,
+     EDataType::Float},
+    {"UShort_Lum_to_UByte_Lum", EPixelType::Lum, EDataType::UShort, EPixelType::Lum,
+     EDataType::UByte},
 };
 
 void ConvertInBands(benchmark::State& state, const SScalingCase& c) {
@@ -49,17 +51,19 @@ void ConvertInBands(benchmark::State& state, const SScalingCase& c) {
   }
   // Touched before timing: page faults of fresh blocks are no conversion cost.
   auto* bytes = static_cast<unsigned char*>(source.GetDataPtr());
-  for (unsigned i = 0; i < source.GetByteCount(); ++i) bytes[i] = static_cast<unsigned char>(i * 131u >> 3);
+  for (unsigned i = 0; i < source.GetByteCount(); ++i)
+    bytes[i] = static_cast<unsigned char>(i * 131u >> 3);
   std::memset(target.GetDataPtr(), 0, target.GetByteCount());
 
   const unsigned threads = static_cast<unsigned>(state.range(0));
   for (auto _ : state) {
-    const bool converted =
-        ZtThreads::ConvertInBands(target.GetDataPtr(), source.GetDataPtr(), targetFormat, sourceFormat, threads);
+    const bool converted = ZtThreads::ConvertInBands(target.GetDataPtr(), source.GetDataPtr(),
+                                                     targetFormat, sourceFormat, threads);
     benchmark::DoNotOptimize(converted);
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(static_cast<long long>(state.iterations()) * sourceFormat.GetPixelCount());
+  state.SetItemsProcessed(static_cast<long long>(state.iterations()) *
+                          sourceFormat.GetPixelCount());
   state.counters["threads"] = threads;
 }
 

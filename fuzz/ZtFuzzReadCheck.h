@@ -7,11 +7,11 @@
 // binary member for the plain netpbm files) and reads again to the same
 // pixels. Everything happens in memory.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -87,7 +87,8 @@ inline void ExpectRoundTrip(const CZtImage& image, EPixelType::ID pixelType, EDa
   } catch (const ZtTools::CIoError& e) {
     ZT_FUZZ_CHECK(false, std::string("conversion through ") + through + " refused: " + e.what());
   }
-  ZT_FUZZ_CHECK(SamePixels(image, back), ZtTools::FormatText(format) + " changed through " + through);
+  ZT_FUZZ_CHECK(SamePixels(image, back),
+                ZtTools::FormatText(format) + " changed through " + through);
 }
 
 inline void ExpectOneLineRefusal(const ZtTools::CIoError& e) {
@@ -103,9 +104,8 @@ inline void ExpectOneLineRefusal(const ZtTools::CIoError& e) {
 inline void CheckReader(const std::vector<unsigned char>& bytes, std::vector<EFileFormat> family,
                         const CZtImageFormat* rawFormat = nullptr) {
   EFileFormat shown = EFileFormat::Raw;
-  if (rawFormat == nullptr &&
-      (!ZtTools::DetectFileFormat(bytes.data(), bytes.size(), shown) ||
-       std::find(family.begin(), family.end(), shown) == family.end())) {
+  if (rawFormat == nullptr && (!ZtTools::DetectFileFormat(bytes.data(), bytes.size(), shown) ||
+                               std::find(family.begin(), family.end(), shown) == family.end())) {
     return;
   }
   ZtTools::SReadOptions options;
@@ -122,14 +122,17 @@ inline void CheckReader(const std::vector<unsigned char>& bytes, std::vector<EFi
   ZT_FUZZ_CHECK(facts.Format == shown, "read as another format than its content shows");
   const CZtImageFormat format = image.GetFormat();
   ZT_FUZZ_CHECK(format.Width >= 1 && format.Height >= 1 &&
-                    static_cast<unsigned long long>(format.Width) * static_cast<unsigned long long>(format.Height) <=
+                    static_cast<unsigned long long>(format.Width) *
+                            static_cast<unsigned long long>(format.Height) <=
                         kFuzzMaxPixels,
                 "accepted an image of " + ZtTools::FormatText(format));
 
   // Lossless conversions: a wider layout, and Double for the types it keeps.
-  const bool bayer = format.PixelType == EPixelType::BayerRG || format.PixelType == EPixelType::BayerBG ||
-                     format.PixelType == EPixelType::BayerGR || format.PixelType == EPixelType::BayerGB;
-  if (!bayer) ExpectRoundTrip(image, WiderLayout(format.PixelType), format.DataType, "a wider layout");
+  const bool bayer =
+      format.PixelType == EPixelType::BayerRG || format.PixelType == EPixelType::BayerBG ||
+      format.PixelType == EPixelType::BayerGR || format.PixelType == EPixelType::BayerGB;
+  if (!bayer)
+    ExpectRoundTrip(image, WiderLayout(format.PixelType), format.DataType, "a wider layout");
   if (!bayer && format.DataType != EDataType::Int && format.DataType != EDataType::UInt) {
     ExpectRoundTrip(image, format.PixelType, EDataType::Double, "Double");
   }
@@ -137,8 +140,8 @@ inline void CheckReader(const std::vector<unsigned char>& bytes, std::vector<EFi
   // PBM is read, not written: its pixels go back as PGM.
   const EFileFormat written = facts.Format == EFileFormat::Pbm ? EFileFormat::Pgm : facts.Format;
   ZT_FUZZ_CHECK(ZtTools::CanHold(written, format.PixelType, format.DataType),
-                std::string(ZtTools::FileFormatName(written)) + " cannot hold what its reader gave: " +
-                    ZtTools::FormatText(format));
+                std::string(ZtTools::FileFormatName(written)) +
+                    " cannot hold what its reader gave: " + ZtTools::FormatText(format));
   const std::vector<unsigned char> again = WriteToMemory(written, image);
   CZtImage reread;
   ZtTools::SReadOptions rereadOptions = options;

@@ -6,6 +6,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using ZtFuzz::EFileFormat;
-  ZtFuzz::CheckReader(ZtFuzz::Bytes(data, size), {EFileFormat::Pbm, EFileFormat::Pgm, EFileFormat::Ppm});
+  ZtFuzz::CheckReader(ZtFuzz::Bytes(data, size),
+                      {EFileFormat::Pbm, EFileFormat::Pgm, EFileFormat::Ppm});
   return 0;
 }

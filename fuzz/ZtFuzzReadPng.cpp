@@ -25,7 +25,8 @@ void FixChunkCrcs(std::vector<unsigned char>& png) {
                                (std::size_t{png[at + 2]} << 8) | png[at + 3];
     if (length > png.size() - at - 12) break;
     const std::uint32_t crc = Crc32(png.data() + at + 4, length + 4);
-    for (int i = 0; i < 4; ++i) png[at + 8 + length + i] = static_cast<unsigned char>(crc >> (24 - 8 * i));
+    for (int i = 0; i < 4; ++i)
+      png[at + 8 + length + i] = static_cast<unsigned char>(crc >> (24 - 8 * i));
     at += length + 12;
   }
 }

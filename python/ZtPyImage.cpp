@@ -81,7 +81,8 @@ std::unique_ptr<Image> FromSize(int width, int height, py::handle layout, py::ha
 }
 
 std::unique_ptr<Image> FromArray(py::handle source, py::handle layoutArgument) {
-  if (!py::isinstance<py::array>(source)) throw py::type_error("the source must be a numpy.ndarray");
+  if (!py::isinstance<py::array>(source))
+    throw py::type_error("the source must be a numpy.ndarray");
   auto array = py::reinterpret_borrow<py::array>(source);
   const EPixelType::ID layout = ParseLayout(layoutArgument);
   const EDataType::ID type = DataTypeOfArray(array);
@@ -219,7 +220,7 @@ void WritePixel(CZtImage& pixels, int x, int y, py::handle value) {
 py::object GetPixel(const Image& image, int x, int y) {
   CheckInside(image, x, y);
   const CZtImageFormat& format = FormatOf(image);
-#define ZT_PY_READ(Layout, T)                                                                  \
+#define ZT_PY_READ(Layout, T)                                                                 \
   if (format.PixelType == EPixelType::Layout && format.DataType == Zt::TDataTypeOf<T>::Value) \
     return ReadPixel<Zt::TPixel##Layout<T>>(*image.Pixels, x, y);
   ZT_PIXEL_FOR_EACH_TYPE(ZT_PY_READ)
@@ -230,7 +231,7 @@ py::object GetPixel(const Image& image, int x, int y) {
 void SetPixel(Image& image, int x, int y, py::handle value) {
   CheckInside(image, x, y);
   const CZtImageFormat& format = FormatOf(image);
-#define ZT_PY_WRITE(Layout, T)                                                                 \
+#define ZT_PY_WRITE(Layout, T)                                                                \
   if (format.PixelType == EPixelType::Layout && format.DataType == Zt::TDataTypeOf<T>::Value) \
     return WritePixel<Zt::TPixel##Layout<T>>(*image.Pixels, x, y, value);
   ZT_PIXEL_FOR_EACH_TYPE(ZT_PY_WRITE)
@@ -243,8 +244,9 @@ void SetPixel(Image& image, int x, int y, py::handle value) {
 void DefineImage(py::module_& module) {
   py::class_<Image> image(module, "Image", py::buffer_protocol(),
                           "An image that owns its pixels; numpy.asarray(image) views them.");
-  image.def(py::init(&FromSize), py::arg("width"), py::arg("height"), py::arg("layout"),
-            py::arg("data_type"), "An uninitialised image of the given size and types.")
+  image
+      .def(py::init(&FromSize), py::arg("width"), py::arg("height"), py::arg("layout"),
+           py::arg("data_type"), "An uninitialised image of the given size and types.")
       .def(py::init(&FromArray), py::arg("array"), py::arg("layout"),
            "A copy of an image held in a C-contiguous array.")
       .def_buffer(&Buffer)
@@ -254,31 +256,29 @@ void DefineImage(py::module_& module) {
       .def("convert", &ConvertImage, py::arg("layout"), py::arg("data_type") = py::none(),
            py::arg("out") = py::none(),
            "A new image of the given types, or `out` made anew with the result.")
-      .def("normalize", [](Image& self) { return self.Pixels->Normalize(); },
-           "Stretches a Lum Float image to 0..1; False for any other format.")
+      .def(
+          "normalize", [](Image& self) { return self.Pixels->Normalize(); },
+          "Stretches a Lum Float image to 0..1; False for any other format.")
       .def("get_pixel", &GetPixel, py::arg("x"), py::arg("y"))
       .def("set_pixel", &SetPixel, py::arg("x"), py::arg("y"), py::arg("value"))
       .def_property_readonly("width", [](const Image& self) { return FormatOf(self).Width; })
       .def_property_readonly("height", [](const Image& self) { return FormatOf(self).Height; })
       .def_property_readonly("layout", [](const Image& self) { return FormatOf(self).PixelType; })
-      .def_property_readonly("data_type",
-                             [](const Image& self) { return FormatOf(self).DataType; })
+      .def_property_readonly("data_type", [](const Image& self) { return FormatOf(self).DataType; })
       .def_property_readonly("dtype",
                              [](const Image& self) { return ToDtype(FormatOf(self).DataType); })
-      .def_property_readonly("shape",
-                             [](const Image& self) {
-                               const CZtImageFormat& format = FormatOf(self);
-                               py::list shape;
-                               for (py::ssize_t side :
-                                    ImageShape(format.Width, format.Height, format.PixelType))
-                                 shape.append(side);
-                               return py::tuple(shape);
-                             })
-      .def_property_readonly("format",
-                             [](const Image& self) { return FormatText(FormatOf(self)); })
-      .def("__repr__", [](const Image& self) {
-        return "<ztcoreex.Image " + FormatText(FormatOf(self)) + ">";
-      });
+      .def_property_readonly(
+          "shape",
+          [](const Image& self) {
+            const CZtImageFormat& format = FormatOf(self);
+            py::list shape;
+            for (py::ssize_t side : ImageShape(format.Width, format.Height, format.PixelType))
+              shape.append(side);
+            return py::tuple(shape);
+          })
+      .def_property_readonly("format", [](const Image& self) { return FormatText(FormatOf(self)); })
+      .def("__repr__",
+           [](const Image& self) { return "<ztcoreex.Image " + FormatText(FormatOf(self)) + ">"; });
 
   auto* type = reinterpret_cast<PyTypeObject*>(image.ptr());
   g_BaseGetBuffer = type->tp_as_buffer->bf_getbuffer;

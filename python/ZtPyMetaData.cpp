@@ -55,9 +55,12 @@ void WithStoreValue(py::handle value, Use&& use) {
   std::size_t floats = 0;
   std::size_t texts = 0;
   for (py::handle item : items) {
-    if (IsInteger(item)) ++ints;
-    else if (py::isinstance<py::float_>(item)) ++floats;
-    else if (py::isinstance<py::str>(item)) ++texts;
+    if (IsInteger(item))
+      ++ints;
+    else if (py::isinstance<py::float_>(item))
+      ++floats;
+    else if (py::isinstance<py::str>(item))
+      ++texts;
   }
   if (ints == count) {
     CZtArrayUInt array(count);
@@ -90,8 +93,10 @@ std::string TypeOf(CZtMetaData& store, const std::string& name) {
     store.GetElementNameType(middle, found, type);
     const int order = std::string(found.ToCString()).compare(key);
     if (order == 0) return type.ToCString();
-    if (order < 0) low = middle + 1;
-    else high = middle;
+    if (order < 0)
+      low = middle + 1;
+    else
+      high = middle;
   }
   return std::string();
 }
@@ -144,7 +149,8 @@ void DefineMetaData(py::module_& module) {
       .def("values",
            [](CZtMetaData& self) {
              py::list values;
-             for (py::handle name : Names(self)) values.append(Read(self, name.cast<std::string>()));
+             for (py::handle name : Names(self))
+               values.append(Read(self, name.cast<std::string>()));
              return values;
            })
       .def("items",

@@ -14,10 +14,14 @@ namespace ZtPy {
 namespace {
 
 const SampleType g_SampleTypes[] = {
-    {EDataType::Byte, "Byte", "int8", "b", 1},       {EDataType::UByte, "UByte", "uint8", "B", 1},
-    {EDataType::Short, "Short", "int16", "h", 2},    {EDataType::UShort, "UShort", "uint16", "H", 2},
-    {EDataType::Int, "Int", "int32", "i", 4},        {EDataType::UInt, "UInt", "uint32", "I", 4},
-    {EDataType::Float, "Float", "float32", "f", 4},  {EDataType::Double, "Double", "float64", "d", 8},
+    {EDataType::Byte, "Byte", "int8", "b", 1},
+    {EDataType::UByte, "UByte", "uint8", "B", 1},
+    {EDataType::Short, "Short", "int16", "h", 2},
+    {EDataType::UShort, "UShort", "uint16", "H", 2},
+    {EDataType::Int, "Int", "int32", "i", 4},
+    {EDataType::UInt, "UInt", "uint32", "I", 4},
+    {EDataType::Float, "Float", "float32", "f", 4},
+    {EDataType::Double, "Double", "float64", "d", 8},
 };
 
 struct LayoutName {
@@ -66,7 +70,8 @@ bool Overlap(const py::array& a, const py::array& b) {
 
 py::array Convert(py::object source, py::object sourceLayout, py::object targetLayout,
                   py::object targetType, py::object out) {
-  if (!py::isinstance<py::array>(source)) throw py::type_error("the source must be a numpy.ndarray");
+  if (!py::isinstance<py::array>(source))
+    throw py::type_error("the source must be a numpy.ndarray");
   auto sourceArray = py::reinterpret_borrow<py::array>(source);
   const EPixelType::ID sourcePixel = ParseLayout(sourceLayout);
   const EPixelType::ID targetPixel = ParseLayout(targetLayout);
@@ -181,8 +186,7 @@ void CheckImageArray(const py::array& array, EPixelType::ID layout, const char* 
                           std::string(py::str(array.attr("shape"))));
   if (samples > 1 && (array.ndim() != 3 || array.shape(2) != samples))
     throw py::value_error(who + " must have the shape (H, W, " + std::to_string(samples) +
-                          ") for this layout, not " +
-                          std::string(py::str(array.attr("shape"))));
+                          ") for this layout, not " + std::string(py::str(array.attr("shape"))));
   if ((array.flags() & py::array::c_style) == 0)
     throw py::value_error(who + " must be C-contiguous");
   if (array.shape(0) > INT_MAX || array.shape(1) > INT_MAX)
@@ -192,11 +196,13 @@ void CheckImageArray(const py::array& array, EPixelType::ID layout, const char* 
 }
 
 void CheckCounts(int width, int height, EPixelType::ID layout, EDataType::ID type) {
-  const auto pixels = static_cast<unsigned long long>(width) * static_cast<unsigned long long>(height);
+  const auto pixels =
+      static_cast<unsigned long long>(width) * static_cast<unsigned long long>(height);
   const auto bytes =
       pixels * static_cast<unsigned long long>(SampleCount(layout) * LookUp(type).Size);
   if (pixels >= kCountLimit || bytes >= kCountLimit)
-    throw py::value_error("an image of 2^32 pixels or bytes and more is beyond the library's counts");
+    throw py::value_error(
+        "an image of 2^32 pixels or bytes and more is beyond the library's counts");
 }
 
 std::string FormatText(const CZtImageFormat& format) { return format.ToString().ToCString(); }
@@ -226,8 +232,9 @@ void DefineConvert(py::module_& module) {
   // pybind11 makes belongs to a capsule, which cannot be pickled.
   g_Convert = module.attr("_convert").ptr();
   static const std::string doc =
-      std::string("convert(array, source_layout, target_layout, target_type=None, out=None)\n"
-                  "--\n\n") +
+      std::string(
+          "convert(array, source_layout, target_layout, target_type=None, out=None)\n"
+          "--\n\n") +
       description;
   static PyMethodDef definition = {
       "convert", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(&ForwardConvert)),

@@ -30,9 +30,9 @@ bool MakeTestChart(Zt::CZtImage& chart, int width, int height) {
   const int hueEnd = height / 2;
   const int greyEnd = hueEnd + height / 5;
   const int alphaEnd = greyEnd + height / 5;
-  static const TPixelRGBA<double> kPatches[] = {
-      {{1, 0, 0, 1}}, {{0, 1, 0, 1}}, {{0, 0, 1, 1}}, {{0, 1, 1, 1}},
-      {{1, 0, 1, 1}}, {{1, 1, 0, 1}}, {{1, 1, 1, 1}}, {{0, 0, 0, 1}}};
+  static const TPixelRGBA<double> kPatches[] = {{{1, 0, 0, 1}}, {{0, 1, 0, 1}}, {{0, 0, 1, 1}},
+                                                {{0, 1, 1, 1}}, {{1, 0, 1, 1}}, {{1, 1, 0, 1}},
+                                                {{1, 1, 1, 1}}, {{0, 0, 0, 1}}};
   const double across = width > 1 ? width - 1 : 1;
 
   for (int y = 0; y < height; ++y) {
@@ -50,7 +50,8 @@ bool MakeTestChart(Zt::CZtImage& chart, int width, int height) {
       } else if (y < alphaEnd) {
         const int square = height / 20 > 0 ? height / 20 : 1;
         const bool red = ((x / square) + ((y - greyEnd) / square)) % 2 == 0;
-        pixel = red ? TPixelRGBA<double>{{1.0, 0.0, 0.0, u}} : TPixelRGBA<double>{{0.0, 0.0, 1.0, u}};
+        pixel =
+            red ? TPixelRGBA<double>{{1.0, 0.0, 0.0, u}} : TPixelRGBA<double>{{0.0, 0.0, 1.0, u}};
       } else {
         pixel = kPatches[x * 8 / width];
       }

@@ -34,12 +34,14 @@ struct SStep {
 
 // Shortest time of one conversion in nanoseconds per pixel, over enough runs
 // to fill a few milliseconds.
-double NanosecondsPerPixel(const CZtImage& source, EPixelType::ID pixelType, EDataType::ID dataType) {
+double NanosecondsPerPixel(const CZtImage& source, EPixelType::ID pixelType,
+                           EDataType::ID dataType) {
   using Clock = std::chrono::steady_clock;
   CZtImage target;
   double best = 1e300;
   const Clock::time_point start = Clock::now();
-  for (int run = 0; run < 200 && (run < 5 || Clock::now() - start < std::chrono::milliseconds(50)); ++run) {
+  for (int run = 0; run < 200 && (run < 5 || Clock::now() - start < std::chrono::milliseconds(50));
+       ++run) {
     const Clock::time_point before = Clock::now();
     ZtTools::ConvertImage(source, target, pixelType, dataType);
     const std::chrono::duration<double, std::nano> took = Clock::now() - before;
@@ -58,7 +60,8 @@ void PrintRow(const std::string& from, const std::string& to, double ns, const s
               const char* shows) {
   char time[32] = "-";
   if (ns >= 0) std::snprintf(time, sizeof time, "%.2f", ns);
-  std::printf("%-13s -> %-14s %8s  %-22s %s\n", from.c_str(), to.c_str(), time, file.c_str(), shows);
+  std::printf("%-13s -> %-14s %8s  %-22s %s\n", from.c_str(), to.c_str(), time, file.c_str(),
+              shows);
 }
 
 }  // namespace
@@ -85,7 +88,8 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (argc > 2 || (argument.size() > 1 && argument[0] == '-')) {
-    std::fprintf(stderr, "zt-demo: %s\n%s", argc > 2 ? "one OUTPUT DIR at most" : ("unknown option " + argument).c_str(),
+    std::fprintf(stderr, "zt-demo: %s\n%s",
+                 argc > 2 ? "one OUTPUT DIR at most" : ("unknown option " + argument).c_str(),
                  kDemoUsage);
     return 2;
   }
@@ -110,41 +114,52 @@ int main(int argc, char** argv) {
     CZtImage start;
     ZtTools::ConvertImage(chart, start, EPixelType::RGBA, EDataType::UShort);
     ZtTools::WriteImageFile(path("chart.pam"), start);
-    PrintRow("RGBA Double", "RGBA UShort", NanosecondsPerPixel(chart, EPixelType::RGBA, EDataType::UShort),
-             "chart.pam", "the chart, made in code, 16 bits");
+    PrintRow("RGBA Double", "RGBA UShort",
+             NanosecondsPerPixel(chart, EPixelType::RGBA, EDataType::UShort), "chart.pam",
+             "the chart, made in code, 16 bits");
     ZtTools::WriteImageFile(path("mosaic.raw"), mosaic);
-    PrintRow("RGB UShort", "BayerRG UShort", -1.0, "mosaic.raw", "an RGGB sensor's view of it, sampled in code");
+    PrintRow("RGB UShort", "BayerRG UShort", -1.0, "mosaic.raw",
+             "an RGGB sensor's view of it, sampled in code");
 
     const CZtImageFormat mosaicFormat = mosaic.GetFormat();
     const SStep tour[] = {
         {"chart.pam", "chart.png", EPixelType::RGBA, EDataType::UByte, "the chart as it is"},
-        {"chart.pam", "chart-bgra.png", EPixelType::BGRA, EDataType::UByte, "blue and red swap places: the same picture"},
-        {"chart.pam", "chart-rgb16.png", EPixelType::RGB, EDataType::UShort, "alpha dropped, 16 bits"},
-        {"chart.pam", "chart-lum.png", EPixelType::Lum, EDataType::UByte, "luminance is the red sample alone"},
+        {"chart.pam", "chart-bgra.png", EPixelType::BGRA, EDataType::UByte,
+         "blue and red swap places: the same picture"},
+        {"chart.pam", "chart-rgb16.png", EPixelType::RGB, EDataType::UShort,
+         "alpha dropped, 16 bits"},
+        {"chart.pam", "chart-lum.png", EPixelType::Lum, EDataType::UByte,
+         "luminance is the red sample alone"},
         {"chart.pam", "chart-luma.png", EPixelType::LumA, EDataType::UByte, "red and alpha"},
-        {"chart-lum.png", "chart-lum-rgb.png", EPixelType::RGB, EDataType::UByte, "grey repeated in R, G, B"},
+        {"chart-lum.png", "chart-lum-rgb.png", EPixelType::RGB, EDataType::UByte,
+         "grey repeated in R, G, B"},
         {"chart.pam", "chart.pfm", EPixelType::RGB, EDataType::Float, "normalised floats, 0 to 1"},
         {"chart.pfm", "chart-from-float.png", EPixelType::RGB, EDataType::UByte, "back to 8 bits"},
-        {"chart.pam", "chart-signed.raw", EPixelType::RGBA, EDataType::Byte, "signed: 127 is full scale"},
-        {"chart-signed.raw", "chart-from-signed.png", EPixelType::RGBA, EDataType::UByte, "the low bit is lost"},
-        {"mosaic.raw", "mosaic.png", EPixelType::RGB, EDataType::UByte, "a mosaic is read as grey, never demosaiced"},
+        {"chart.pam", "chart-signed.raw", EPixelType::RGBA, EDataType::Byte,
+         "signed: 127 is full scale"},
+        {"chart-signed.raw", "chart-from-signed.png", EPixelType::RGBA, EDataType::UByte,
+         "the low bit is lost"},
+        {"mosaic.raw", "mosaic.png", EPixelType::RGB, EDataType::UByte,
+         "a mosaic is read as grey, never demosaiced"},
     };
     for (const SStep& step : tour) {
       const std::string input = path(step.Input);
       const CZtImageFormat signedFormat(width, height, EPixelType::RGBA, EDataType::Byte);
-      const CZtImageFormat* rawFormat = std::string(step.Input) == "mosaic.raw" ? &mosaicFormat : &signedFormat;
+      const CZtImageFormat* rawFormat =
+          std::string(step.Input) == "mosaic.raw" ? &mosaicFormat : &signedFormat;
       // The tool's whole job, then the conversion alone once more for its time.
-      const ZtTools::SConversion done =
-          ZtTools::ConvertFile(input, path(step.Output), &step.PixelType, &step.DataType, rawFormat);
+      const ZtTools::SConversion done = ZtTools::ConvertFile(
+          input, path(step.Output), &step.PixelType, &step.DataType, rawFormat);
       CZtImage source;
       ZtTools::ReadImageFile(input, source, rawFormat);
       PrintRow(TypesText(done.Source.PixelType, done.Source.DataType),
                TypesText(done.Target.PixelType, done.Target.DataType),
                NanosecondsPerPixel(source, step.PixelType, step.DataType), step.Output, step.Shows);
     }
-    std::printf("\nThe PNG files in %s/ are the pictures; .pam, .pfm and .raw files are stops on\n"
-                "the way. Any of them converts further with zt-convert.\n",
-                directory.c_str());
+    std::printf(
+        "\nThe PNG files in %s/ are the pictures; .pam, .pfm and .raw files are stops on\n"
+        "the way. Any of them converts further with zt-convert.\n",
+        directory.c_str());
   } catch (const ZtTools::CIoError& e) {
     std::fprintf(stderr, "zt-demo: %s\n", e.what());
     return 1;

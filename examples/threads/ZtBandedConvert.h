@@ -28,7 +28,9 @@ struct SBand {
 inline std::vector<SBand> SplitRows(int height, unsigned bands) {
   std::vector<SBand> result;
   if (height < 1) return result;
-  const unsigned count = bands < 1u ? 1u : bands > static_cast<unsigned>(height) ? static_cast<unsigned>(height) : bands;
+  const unsigned count = bands < 1u                              ? 1u
+                         : bands > static_cast<unsigned>(height) ? static_cast<unsigned>(height)
+                                                                 : bands;
   const int base = height / static_cast<int>(count);
   const int larger = height % static_cast<int>(count);
   int row = 0;
@@ -46,7 +48,8 @@ inline std::vector<SBand> SplitRows(int height, unsigned bands) {
 // library refuses the conversion.
 inline bool ConvertInBands(void* target, const void* source, const Zt::CZtImageFormat& targetFormat,
                            const Zt::CZtImageFormat& sourceFormat, unsigned threads) {
-  if (targetFormat.Width != sourceFormat.Width || targetFormat.Height != sourceFormat.Height) return false;
+  if (targetFormat.Width != sourceFormat.Width || targetFormat.Height != sourceFormat.Height)
+    return false;
   const std::vector<SBand> bands = SplitRows(sourceFormat.Height, threads);
   // Bytes per row, in the pointer's width: a band's offset may pass 2^32.
   const std::size_t width = static_cast<std::size_t>(sourceFormat.Width);
@@ -56,14 +59,17 @@ inline bool ConvertInBands(void* target, const void* source, const Zt::CZtImageF
 
   const auto convertBand = [&](std::size_t i) {
     const SBand band = bands[i];
-    const Zt::CZtImageFormat bandTarget(targetFormat.Width, band.Rows, targetFormat.PixelType, targetFormat.DataType);
-    const Zt::CZtImageFormat bandSource(sourceFormat.Width, band.Rows, sourceFormat.PixelType, sourceFormat.DataType);
+    const Zt::CZtImageFormat bandTarget(targetFormat.Width, band.Rows, targetFormat.PixelType,
+                                        targetFormat.DataType);
+    const Zt::CZtImageFormat bandSource(sourceFormat.Width, band.Rows, sourceFormat.PixelType,
+                                        sourceFormat.DataType);
     const std::size_t row = static_cast<std::size_t>(band.FirstRow);
-    done[i] = Zt::CZtImage::ConvertMemory(static_cast<unsigned char*>(target) + row * targetRow,
-                                          static_cast<const unsigned char*>(source) + row * sourceRow,
-                                          bandTarget, bandSource)
-                  ? 1
-                  : 0;
+    done[i] =
+        Zt::CZtImage::ConvertMemory(static_cast<unsigned char*>(target) + row * targetRow,
+                                    static_cast<const unsigned char*>(source) + row * sourceRow,
+                                    bandTarget, bandSource)
+            ? 1
+            : 0;
   };
 
   std::vector<std::thread> workers;

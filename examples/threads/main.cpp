@@ -82,7 +82,8 @@ int main(int argc, char** argv) {
     double single = 1e300;
     for (int run = 0; run < 3; ++run) {
       const auto start = std::chrono::steady_clock::now();
-      if (!CZtImage::ConvertMemory(reference.GetDataPtr(), source.GetDataPtr(), targetFormat, sourceFormat)) {
+      if (!CZtImage::ConvertMemory(reference.GetDataPtr(), source.GetDataPtr(), targetFormat,
+                                   sourceFormat)) {
         std::fprintf(stderr, "zt-threads: the library refused the conversion\n");
         return 1;
       }
@@ -98,14 +99,16 @@ int main(int argc, char** argv) {
         // Garbage first, so that a band left out cannot pass for converted.
         std::memset(banded.GetDataPtr(), 0xA5, banded.GetByteCount());
         const auto start = std::chrono::steady_clock::now();
-        const bool converted = ZtThreads::ConvertInBands(banded.GetDataPtr(), source.GetDataPtr(), targetFormat,
-                                                         sourceFormat, threads);
+        const bool converted = ZtThreads::ConvertInBands(banded.GetDataPtr(), source.GetDataPtr(),
+                                                         targetFormat, sourceFormat, threads);
         took = std::min(took, Milliseconds(std::chrono::steady_clock::now() - start));
-        identical = identical && converted &&
-                    std::memcmp(banded.GetDataPtr(), reference.GetDataPtr(), reference.GetByteCount()) == 0;
+        identical =
+            identical && converted &&
+            std::memcmp(banded.GetDataPtr(), reference.GetDataPtr(), reference.GetByteCount()) == 0;
       }
       allIdentical = allIdentical && identical;
-      std::printf("  %7u %9.1f %8.2fx  %s\n", threads, took, single / took, identical ? "identical" : "DIFFERENT");
+      std::printf("  %7u %9.1f %8.2fx  %s\n", threads, took, single / took,
+                  identical ? "identical" : "DIFFERENT");
     }
     std::printf("\n");
   }

@@ -37,7 +37,8 @@ public:
                                                         HexValue(text[group[0] + i + 1]));
       }
     }
-    Data1 = (static_cast<unsigned int>(bytes[0]) << 24) | (static_cast<unsigned int>(bytes[1]) << 16) |
+    Data1 = (static_cast<unsigned int>(bytes[0]) << 24) |
+            (static_cast<unsigned int>(bytes[1]) << 16) |
             (static_cast<unsigned int>(bytes[2]) << 8) | bytes[3];
     Data2 = static_cast<unsigned short>((bytes[4] << 8) | bytes[5]);
     Data3 = static_cast<unsigned short>((bytes[6] << 8) | bytes[7]);
@@ -72,10 +73,10 @@ private:
     }
     for (int i = 0; i < 38; ++i) {
       const char c = text[i];
-      const bool ok = (i == 0)                                  ? c == '{'
-                      : (i == 37)                               ? c == '}'
+      const bool ok = (i == 0)                                    ? c == '{'
+                      : (i == 37)                                 ? c == '}'
                       : (i == 9 || i == 14 || i == 19 || i == 24) ? c == '-'
-                                                                : HexValue(c) >= 0;
+                                                                  : HexValue(c) >= 0;
       if (!ok) {
         return false;  // also stops at a terminating NUL before position 38
       }

@@ -10,15 +10,15 @@
 #include "ImageTypes.h"
 
 namespace Zt {
+using Interop::Runtime28::EDataType;
+using Interop::Runtime28::EPixelType;
+using Interop::Runtime28::IImage;
 using Interop::Runtime30::CGuid;
 using Interop::Runtime30::CIException;
 using Interop::Runtime30::IMemory;
 using Interop::Runtime30::IMemory2D;
 using Interop::Runtime30::IMemory2DAccess;
 using Interop::Runtime30::IMemoryAccess;
-using Interop::Runtime28::EDataType;
-using Interop::Runtime28::EPixelType;
-using Interop::Runtime28::IImage;
 }  // namespace Zt
 
 #endif

@@ -9,8 +9,7 @@ CZtParameterException::CZtParameterException(const CZtString& message, const cha
   SetGUID(ClassGuid);
 }
 
-CZtParameterException::CZtParameterException(CZtParameterException& other)
-    : CZtException(other) {}
+CZtParameterException::CZtParameterException(CZtParameterException& other) : CZtException(other) {}
 
 CZtParameterException::~CZtParameterException() = default;
 

@@ -237,8 +237,7 @@ private:
 template <class TDenied>
 CZtParEntry& CZtParMap<std::string, std::string>::CheckedEntry(const std::string& key,
                                                                bool CZtParEntry::*access,
-                                                               EParType kind,
-                                                               const char* member) {
+                                                               EParType kind, const char* member) {
   auto found = m_pDirectory->find(key);
   if (found == m_pDirectory->end()) {
     throw CZtParInvalidNameException("", FunctionName(member).c_str(), __LINE__, nullptr);
@@ -258,8 +257,8 @@ template <class T>
 bool CZtParMap<std::string, std::string>::WriteParameter(std::string key, const T& value) {
   constexpr EParType kind = ZtParKind<T>::value;
   try {
-    CZtParEntry& entry =
-        CheckedEntry<CZtParAccessWriteException>(key, &CZtParEntry::writable, kind, "WriteParameter");
+    CZtParEntry& entry = CheckedEntry<CZtParAccessWriteException>(key, &CZtParEntry::writable, kind,
+                                                                  "WriteParameter");
 
     // The constraint sees the value before anything is stored.
     Constraint::CAny* constraint = entry.constraint.Get();

@@ -85,9 +85,8 @@ inline const char* FunctionText(const std::string& function) { return function.c
 
 // A guarded allocation failed: the text of what(), behind an optional prefix,
 // becomes a CZtOutOfMemoryException. The caught exception is not kept.
-[[noreturn]] inline void RaiseOutOfMemory(const char* file, const char* function,
-                                          unsigned int line, const std::bad_alloc& e,
-                                          const char* prefix = "") {
+[[noreturn]] inline void RaiseOutOfMemory(const char* file, const char* function, unsigned int line,
+                                          const std::bad_alloc& e, const char* prefix = "") {
   CZtString message(prefix);
   message << e.what();
   throw CZtOutOfMemoryException::Create(message, file, function, line);
@@ -104,7 +103,7 @@ inline const char* FunctionText(const std::string& function) { return function.c
                      (inner))
 
 // ZT_RAISE_OUT_OF_MEMORY(function, badAlloc) or (function, badAlloc, prefix).
-#define ZT_RAISE_OUT_OF_MEMORY(function, ...)                                                 \
+#define ZT_RAISE_OUT_OF_MEMORY(function, ...)                                                  \
   ::Zt::Detail::RaiseOutOfMemory(ZtSourceFile, ::Zt::Detail::FunctionText(function), __LINE__, \
                                  __VA_ARGS__)
 

@@ -80,8 +80,8 @@ public:
   CZtSafePtrRepo<T>* GetRepository() const { return m_pRepository; }
 
 private:
-  T* m_pObject;                     // not owned by the pointer itself
-  CZtSafePtrRepo<T>* m_pRepository; // not owned
+  T* m_pObject;                      // not owned by the pointer itself
+  CZtSafePtrRepo<T>* m_pRepository;  // not owned
 };
 
 template <class T>

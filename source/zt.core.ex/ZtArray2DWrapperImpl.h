@@ -107,8 +107,7 @@ T& CZtArray2DWrapper<T>::operator()(unsigned long long row, unsigned long long c
 }
 
 template <class T>
-const T& CZtArray2DWrapper<T>::operator()(unsigned long long row,
-                                          unsigned long long column) const {
+const T& CZtArray2DWrapper<T>::operator()(unsigned long long row, unsigned long long column) const {
   return static_cast<const CZtArray2DBase<T>&>(Ref("operator ()"))(row, column);
 }
 

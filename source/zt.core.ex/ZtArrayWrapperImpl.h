@@ -45,8 +45,7 @@ CZtArrayWrapper<T>::CZtArrayWrapper(unsigned long long length, const T& value)
 }
 
 template <class T>
-CZtArrayWrapper<T>::CZtArrayWrapper(const CZtArrayWrapper& other)
-    : IMemory(), m_pBaseRef(nullptr) {
+CZtArrayWrapper<T>::CZtArrayWrapper(const CZtArrayWrapper& other) : IMemory(), m_pBaseRef(nullptr) {
   m_pBaseRef = new CZtArrayBase<T>(other.Ref(Detail::ZtArrayNames<T>::Class));
 }
 

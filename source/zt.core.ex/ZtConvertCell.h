@@ -260,8 +260,7 @@ struct TMove512 {
     }
   }
 
-  static ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE void Run(T* t, const T* s, std::uint64_t n,
-                                                        T fill) {
+  static ZT_CONVERT_AVX512 ZT_CONVERT_NOINLINE void Run(T* t, const T* s, std::uint64_t n, T fill) {
     const __m512i fillVector = _mm512_set1_epi64(static_cast<long long>(Replicated(fill)));
     std::uint64_t i = 0;
     for (; i + N <= n; i += N) {
@@ -290,8 +289,8 @@ constexpr SIndex HalfShuffleIndex(const int (&from)[4], int ss, int ts, int size
     for (int b = 0; b < 16; ++b) {
       const int sample = b / size;
       const int source = sample < pixels * ts ? from[sample % ts] : kFill;
-      index.bytes[half * 16 + b] = std::uint8_t(
-          source == kFill ? 0x80 : ((sample / ts) * ss + source) * size + b % size);
+      index.bytes[half * 16 + b] =
+          std::uint8_t(source == kFill ? 0x80 : ((sample / ts) * ss + source) * size + b % size);
     }
   }
   return index;
@@ -350,8 +349,7 @@ struct TMove256 {
     std::memcpy(t, out, pixels * TS * sizeof(T));
   }
 
-  static ZT_CONVERT_AVX2 ZT_CONVERT_NOINLINE void Run(T* t, const T* s, std::uint64_t n,
-                                                     T fill) {
+  static ZT_CONVERT_AVX2 ZT_CONVERT_NOINLINE void Run(T* t, const T* s, std::uint64_t n, T fill) {
     const __m256i fillVector = _mm256_set1_epi64x(static_cast<long long>(Replicated(fill)));
     std::uint64_t i = 0;
     if (M::FirstRead > 0 && n > 0) {
@@ -399,7 +397,7 @@ constexpr std::uint64_t kStreamBytes = std::uint64_t(4) << 20;
 // write whole lines without reading them first; the unaligned edges of t
 // take ordinary stores. Used by the AVX2 and the AVX-512 paths.
 ZT_CONVERT_AVX2 ZT_CONVERT_NOINLINE inline void Stream(void* target, const void* source,
-                                                      std::uint64_t bytes) {
+                                                       std::uint64_t bytes) {
   auto* t = static_cast<unsigned char*>(target);
   const auto* s = static_cast<const unsigned char*>(source);
   const std::uint64_t misalignment = reinterpret_cast<std::uintptr_t>(t) & 31u;
@@ -458,8 +456,7 @@ struct TCell {
   static constexpr bool kVectorRule = Path != EPath::Baseline || ZT_CONVERT_NEON;
   static constexpr bool kConvertFirst =
       SrcStep <= TrgStep && M::ReadsAll &&
-      (sizeof(S) >= sizeof(T) || (!Src.HasThreeColours() && Trg.HasThreeColours()) ||
-       !kVectorRule);
+      (sizeof(S) >= sizeof(T) || (!Src.HasThreeColours() && Trg.HasThreeColours()) || !kVectorRule);
 
   template <class U>
   static ZT_CONVERT_INLINE void Move(U* t, const U* s, std::uint64_t n, U fill) {

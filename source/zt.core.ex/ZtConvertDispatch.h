@@ -80,8 +80,8 @@ bool ConvertTo(void* target, const void* source, EPixelType::ID targetPixelType,
 // in the rule's floating-point environment (round to nearest, no flushing of
 // denormals, no traps), whatever the caller has set; the caller's settings
 // are back in place when this returns.
-bool ConvertOnPath(EPath path, void* target, const void* source,
-                   const CZtImageFormat& targetFormat, const CZtImageFormat& sourceFormat);
+bool ConvertOnPath(EPath path, void* target, const void* source, const CZtImageFormat& targetFormat,
+                   const CZtImageFormat& sourceFormat);
 
 // Whether this processor can run the path.
 bool PathUsable(EPath path);

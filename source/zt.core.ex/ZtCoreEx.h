@@ -4,23 +4,22 @@
 // Everything a user of Zt.Core.Ex needs: the interop declarations, the
 // string and exception classes, and every exported class of the library.
 
-#include "ZtInterop.h"
-#include "ZtString.h"
-#include "ZtException.h"
-
-#include "ZtImageFormat.h"
-#include "ZtImage.h"
+#include "ZtArray2DDouble.h"
+#include "ZtArray2DInt.h"
 #include "ZtArrayDouble.h"
 #include "ZtArrayInt.h"
+#include "ZtArrayString.h"
 #include "ZtArrayUChar.h"
 #include "ZtArrayUInt.h"
 #include "ZtArrayUShort.h"
-#include "ZtArrayString.h"
-#include "ZtArray2DDouble.h"
-#include "ZtArray2DInt.h"
+#include "ZtException.h"
+#include "ZtImage.h"
+#include "ZtImageFormat.h"
 #include "ZtImageMoniker.h"
-#include "ZtPixel.h"
+#include "ZtInterop.h"
 #include "ZtMetaData.h"
 #include "ZtMetricCalibResult.h"
+#include "ZtPixel.h"
+#include "ZtString.h"
 
 #endif

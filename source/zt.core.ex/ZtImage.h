@@ -78,7 +78,7 @@ public:
   // pointer are read: nothing is checked, neither bounds, nor validity, nor
   // the image's types, and a pixel of another size steps by its own size.
   // Samples are moved bit for bit in memory order, never converted.
-#define ZT_IMAGE_DECLARE_PIXEL_ACCESS(Layout, T)            \
+#define ZT_IMAGE_DECLARE_PIXEL_ACCESS(Layout, T)               \
   void GetPixel(TPixel##Layout<T>& pixel, int x, int y) const; \
   void SetPixel(const TPixel##Layout<T>& pixel, int x, int y);
   ZT_PIXEL_FOR_EACH_TYPE(ZT_IMAGE_DECLARE_PIXEL_ACCESS)

@@ -159,8 +159,8 @@ bool InRuleEnvironment(F&& convert) {
 
 }  // namespace
 
-bool ConvertOnPath(EPath path, void* target, const void* source,
-                   const CZtImageFormat& targetFormat, const CZtImageFormat& sourceFormat) {
+bool ConvertOnPath(EPath path, void* target, const void* source, const CZtImageFormat& targetFormat,
+                   const CZtImageFormat& sourceFormat) {
   return WithDataType(targetFormat.DataType, [&](auto td) {
     return InRuleEnvironment([&] {
       return ConvertTo<decltype(td)::value>(target, source, targetFormat.PixelType, sourceFormat,

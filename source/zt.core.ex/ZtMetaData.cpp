@@ -79,7 +79,8 @@ template <class V>
 void AddTo(TParMap& map, const CZtString& name, const CZtString& description, const V& value) {
   const std::string key = Key(name);
   if (map.HasParameter(key)) {
-    ZT_RAISE("Zt::CZtMetaData::AddElement", CZtString() << "Element '" << name << "' already exists");
+    ZT_RAISE("Zt::CZtMetaData::AddElement", CZtString()
+                                                << "Element '" << name << "' already exists");
   }
   map.GetDirectory()[key].Assign(key, Form<V>::recorded, description.ToCString(), {}, {});
   auto& slot = map.GetValue<typename Form<V>::Stored>(key).Value;

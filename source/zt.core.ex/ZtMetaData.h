@@ -59,10 +59,8 @@ public:
   void AddElement(const CZtString& name, const CZtString& description, double value);
   void AddElement(const CZtString& name, const CZtString& description, const CZtString& value);
   void AddElement(const CZtString& name, const CZtString& description, const CZtArrayUInt& value);
-  void AddElement(const CZtString& name, const CZtString& description,
-                  const CZtArrayDouble& value);
-  void AddElement(const CZtString& name, const CZtString& description,
-                  const CZtArrayString& value);
+  void AddElement(const CZtString& name, const CZtString& description, const CZtArrayDouble& value);
+  void AddElement(const CZtString& name, const CZtString& description, const CZtArrayString& value);
 
   // Replaces an element's value; the element must exist with this type.
   void SetElement(const CZtString& name, unsigned int value);

@@ -40,14 +40,14 @@ public:
   CZtMetricCalibAddImageResult& operator=(const CZtMetricCalibAddImageResult& other);
   virtual ~CZtMetricCalibAddImageResult();
 
-  int m_iValue1;              // -1 by default
+  int m_iValue1;  // -1 by default
   int m_iValue2;
   int m_iValue3;
   bool m_bValue4;
-  CZtString m_sMessage;       // "No object added to metric calibration" by default
+  CZtString m_sMessage;  // "No object added to metric calibration" by default
   CZtArrayUInt m_aValues1;
   CZtArrayUInt m_aValues2;
-  CZtArrayString m_aTexts;    // empty and valid by default
+  CZtArrayString m_aTexts;  // empty and valid by default
 };
 
 }  // namespace Zt

@@ -29,14 +29,14 @@ struct TPixel {
 //
 // Sample types: the C++ type and its EDataType::ID enumerator. char stands
 // for the signed Byte samples whatever the platform's char signedness.
-#define ZT_PIXEL_SAMPLE_TYPES(X, M, ...)      \
-  X(M, char, Byte, __VA_ARGS__)               \
-  X(M, unsigned char, UByte, __VA_ARGS__)     \
-  X(M, short, Short, __VA_ARGS__)             \
-  X(M, unsigned short, UShort, __VA_ARGS__)   \
-  X(M, int, Int, __VA_ARGS__)                 \
-  X(M, unsigned int, UInt, __VA_ARGS__)       \
-  X(M, float, Float, __VA_ARGS__)             \
+#define ZT_PIXEL_SAMPLE_TYPES(X, M, ...)    \
+  X(M, char, Byte, __VA_ARGS__)             \
+  X(M, unsigned char, UByte, __VA_ARGS__)   \
+  X(M, short, Short, __VA_ARGS__)           \
+  X(M, unsigned short, UShort, __VA_ARGS__) \
+  X(M, int, Int, __VA_ARGS__)               \
+  X(M, unsigned int, UInt, __VA_ARGS__)     \
+  X(M, float, Float, __VA_ARGS__)           \
   X(M, double, Double, __VA_ARGS__)
 
 // Layouts: the EPixelType::ID enumerator, colour samples, alpha samples, and

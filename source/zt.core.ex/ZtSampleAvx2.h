@@ -125,15 +125,13 @@ ZT_VECTOR void Store(TSample<D>* t, VD x) {
   } else {
     const __m128i whole = _mm256_cvttpd_epi32(x);
     if constexpr (sizeof(TSample<D>) == 1) {
-      const __m128i bytes =
-          _mm_shuffle_epi8(whole, _mm_setr_epi8(0, 4, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1,
-                                                -1, -1, -1));
+      const __m128i bytes = _mm_shuffle_epi8(
+          whole, _mm_setr_epi8(0, 4, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1));
       const std::int32_t packed = _mm_cvtsi128_si32(bytes);
       std::memcpy(t, &packed, 4);
     } else if constexpr (sizeof(TSample<D>) == 2) {
-      const __m128i halves =
-          _mm_shuffle_epi8(whole, _mm_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, -1, -1, -1, -1, -1, -1,
-                                                -1, -1));
+      const __m128i halves = _mm_shuffle_epi8(
+          whole, _mm_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, -1, -1, -1, -1, -1, -1, -1, -1));
       _mm_storel_epi64(reinterpret_cast<__m128i*>(t), halves);
     } else {
       _mm_storeu_si128(reinterpret_cast<__m128i*>(t), whole);
@@ -155,7 +153,9 @@ ZT_VECTOR VW LoadWords(const TSample<D>* s) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
   }
 }
-ZT_VECTOR VW MulLow(VW w, std::uint16_t m) { return _mm256_mullo_epi16(w, _mm256_set1_epi16(short(m))); }
+ZT_VECTOR VW MulLow(VW w, std::uint16_t m) {
+  return _mm256_mullo_epi16(w, _mm256_set1_epi16(short(m)));
+}
 template <int Shift>
 ZT_VECTOR VW MulHighShift(VW w, std::uint16_t m) {
   return _mm256_srli_epi16(_mm256_mulhi_epu16(w, _mm256_set1_epi16(short(m))), Shift - 16);

@@ -18,8 +18,7 @@
 
 #define ZT_VECTOR \
   __attribute__((target("avx512f,avx512dq,avx512bw,avx512vl,fma"), always_inline)) inline
-#define ZT_VECTOR_RUN \
-  __attribute__((target("avx512f,avx512dq,avx512bw,avx512vl,fma"), noinline))
+#define ZT_VECTOR_RUN __attribute__((target("avx512f,avx512dq,avx512bw,avx512vl,fma"), noinline))
 
 namespace Zt {
 namespace Sample {
@@ -147,12 +146,15 @@ ZT_VECTOR void Store(TSample<D>* t, VF x) {
 template <EDataType::ID D>
 ZT_VECTOR VW LoadWords(const TSample<D>* s) {
   if constexpr (sizeof(TSample<D>) == 1) {
-    return _mm512_maskz_cvtepu8_epi16(kAll32, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s)));
+    return _mm512_maskz_cvtepu8_epi16(kAll32,
+                                      _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s)));
   } else {
     return _mm512_loadu_si512(s);
   }
 }
-ZT_VECTOR VW MulLow(VW w, std::uint16_t m) { return _mm512_mullo_epi16(w, _mm512_set1_epi16(short(m))); }
+ZT_VECTOR VW MulLow(VW w, std::uint16_t m) {
+  return _mm512_mullo_epi16(w, _mm512_set1_epi16(short(m)));
+}
 template <int Shift>
 ZT_VECTOR VW MulHighShift(VW w, std::uint16_t m) {
   return _mm512_srli_epi16(_mm512_mulhi_epu16(w, _mm512_set1_epi16(short(m))), Shift - 16);

@@ -219,7 +219,8 @@ constexpr bool IntegerRouteHolds() {
 template <EDataType::ID S, EDataType::ID T, int... Parts>
 constexpr SIntegerRoute CheckedIntegerRoute(std::integer_sequence<int, Parts...>) {
   constexpr SIntegerRoute route = IntegerRouteCandidate<S, T>();
-  constexpr bool holds = (... && std::integral_constant<bool, IntegerRouteHolds<S, T, Parts>()>::value);
+  constexpr bool holds =
+      (... && std::integral_constant<bool, IntegerRouteHolds<S, T, Parts>()>::value);
   return {route.Exact && holds, route.M, route.Shift};
 }
 

@@ -86,8 +86,8 @@ constexpr std::size_t kGuardBytes = 64;
 // returns what the conversion wrote; the guard bytes behind the target must
 // stay as they were.
 inline std::vector<unsigned char> ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td,
-                                            EPixelType::ID sp, EDataType::ID sd,
-                                            unsigned count, const void* source) {
+                                            EPixelType::ID sp, EDataType::ID sd, unsigned count,
+                                            const void* source) {
   const std::size_t bytes = std::size_t(count) * std::size_t(Components(tp) * SampleBytes(td));
   std::vector<unsigned char> target(bytes + kGuardBytes, kGuard);
   // Only the width carries the count: the target's size plays no part.

@@ -33,20 +33,21 @@ inline constexpr PixelTypeInfo kPixelTypes[] = {
     {EPixelType::BGR, "BGR", 3},         {EPixelType::BGRA, "BGRA", 4}};
 
 // The six layouts a conversion writes (the Bayer types are sources only).
-inline constexpr EPixelType::ID kTargetPixelTypes[] = {EPixelType::RGB,  EPixelType::RGBA,
-                                                       EPixelType::Lum,  EPixelType::LumA,
-                                                       EPixelType::BGR,  EPixelType::BGRA};
+inline constexpr EPixelType::ID kTargetPixelTypes[] = {EPixelType::RGB, EPixelType::RGBA,
+                                                       EPixelType::Lum, EPixelType::LumA,
+                                                       EPixelType::BGR, EPixelType::BGRA};
 
 inline constexpr DataTypeInfo kDataTypes[] = {
-    {EDataType::Byte, "Byte", 1},   {EDataType::UByte, "UByte", 1}, {EDataType::Short, "Short", 2},
-    {EDataType::UShort, "UShort", 2}, {EDataType::Int, "Int", 4},   {EDataType::UInt, "UInt", 4},
+    {EDataType::Byte, "Byte", 1},   {EDataType::UByte, "UByte", 1},
+    {EDataType::Short, "Short", 2}, {EDataType::UShort, "UShort", 2},
+    {EDataType::Int, "Int", 4},     {EDataType::UInt, "UInt", 4},
     {EDataType::Float, "Float", 4}, {EDataType::Double, "Double", 8}};
 
 // Values that are no pixel type: zero, neighbours of the real ones, extremes.
-inline constexpr int kUnknownPixelTypes[] = {0,      1,      0x1906, 0x190B, 0x2000, 0x2005,
+inline constexpr int kUnknownPixelTypes[] = {0,      1,      0x1906, 0x190B,    0x2000,   0x2005,
                                              0x80DF, 0x80E2, -1,     INT32_MIN, INT32_MAX};
 // Values that are no data type, the holes 0x1407 to 0x1409 among them.
-inline constexpr int kUnknownDataTypes[] = {0,      0x13FF, 0x1407, 0x1408,    0x1409,
+inline constexpr int kUnknownDataTypes[] = {0,      0x13FF, 0x1407,           0x1408,   0x1409,
                                             0x140B, -1,     0x1401 + 0x10000, INT32_MIN};
 
 inline EPixelType::ID AsPixelType(int value) { return static_cast<EPixelType::ID>(value); }

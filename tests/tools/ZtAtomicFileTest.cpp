@@ -48,16 +48,26 @@ TEST(ZtAtomicFile, ReplacingKeepsModeAndLinksOfTheOldName) {
   const struct {
     const char* What;
     std::function<void(const CScratchDir&)> Prepare;
-    const char* Written;  // the name written to
+    const char* Written;                                        // the name written to
     std::vector<std::pair<const char*, const char*>> Contents;  // name, contents after
     std::vector<std::string> Entries;
   } cases[] = {
       {"a private file stays private",
-       [](const CScratchDir& d) { ZtTest::WriteBytes(d / "f", Concat("old")); chmod((d / "f").c_str(), 0600); },
-       "f", {{"f", "new"}}, {"f"}},
+       [](const CScratchDir& d) {
+         ZtTest::WriteBytes(d / "f", Concat("old"));
+         chmod((d / "f").c_str(), 0600);
+       },
+       "f",
+       {{"f", "new"}},
+       {"f"}},
       {"a link stays a link and its file is replaced",
-       [](const CScratchDir& d) { ZtTest::WriteBytes(d / "f", Concat("old")); symlink("f", (d / "l").c_str()); },
-       "l", {{"f", "new"}, {"l", "new"}}, {"f", "l"}},
+       [](const CScratchDir& d) {
+         ZtTest::WriteBytes(d / "f", Concat("old"));
+         symlink("f", (d / "l").c_str());
+       },
+       "l",
+       {{"f", "new"}, {"l", "new"}},
+       {"f", "l"}},
       {"a chain of links through a subdirectory",
        [](const CScratchDir& d) {
          mkdir((d / "sub").c_str(), 0755);
@@ -65,15 +75,27 @@ TEST(ZtAtomicFile, ReplacingKeepsModeAndLinksOfTheOldName) {
          symlink("sub/f", (d / "l1").c_str());
          symlink("l1", (d / "l2").c_str());
        },
-       "l2", {{"sub/f", "new"}, {"l2", "new"}}, {"l1", "l2", "sub"}},
+       "l2",
+       {{"sub/f", "new"}, {"l2", "new"}},
+       {"l1", "l2", "sub"}},
       {"a dangling link gets its file",
        [](const CScratchDir& d) { symlink("target", (d / "l").c_str()); },
-       "l", {{"target", "new"}}, {"l", "target"}},
+       "l",
+       {{"target", "new"}},
+       {"l", "target"}},
       {"another hard link keeps the old contents",
-       [](const CScratchDir& d) { ZtTest::WriteBytes(d / "f", Concat("old")); link((d / "f").c_str(), (d / "h").c_str()); },
-       "f", {{"f", "new"}, {"h", "old"}}, {"f", "h"}},
+       [](const CScratchDir& d) {
+         ZtTest::WriteBytes(d / "f", Concat("old"));
+         link((d / "f").c_str(), (d / "h").c_str());
+       },
+       "f",
+       {{"f", "new"}, {"h", "old"}},
+       {"f", "h"}},
       {"a name as long as the system allows",
-       [](const CScratchDir&) {}, nullptr, {}, {std::string(255, 'n')}},
+       [](const CScratchDir&) {},
+       nullptr,
+       {},
+       {std::string(255, 'n')}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.What);
@@ -82,7 +104,8 @@ TEST(ZtAtomicFile, ReplacingKeepsModeAndLinksOfTheOldName) {
     const std::string written = c.Written != nullptr ? c.Written : std::string(255, 'n');
     const mode_t before = access((dir / written).c_str(), F_OK) == 0 ? ModeOf(dir / written) : 0;
     Replace(dir / written, "new");
-    for (const auto& [name, contents] : c.Contents) EXPECT_EQ(ZtTest::ReadBytes(dir / name), Concat(contents)) << name;
+    for (const auto& [name, contents] : c.Contents)
+      EXPECT_EQ(ZtTest::ReadBytes(dir / name), Concat(contents)) << name;
     EXPECT_EQ(SortedEntries(dir), c.Entries);
     if (before != 0) {
       EXPECT_EQ(ModeOf(dir / written), before);
@@ -101,7 +124,8 @@ TEST(ZtAtomicFile, ANewFileGetsTheUsualModeAndAMissingDirectoryIsNamed) {
     CAtomicFile file(dir / "missing/out.png");
     ADD_FAILURE();
   } catch (const CIoError& e) {
-    EXPECT_NE(std::string(e.what()).find("cannot create a file in directory '" + dir / "missing'"), std::string::npos)
+    EXPECT_NE(std::string(e.what()).find("cannot create a file in directory '" + dir / "missing'"),
+              std::string::npos)
         << e.what();
   }
 }
@@ -116,7 +140,8 @@ TEST(ZtAtomicFile, AReadOnlyDirectoryIsNamedAndItsFileLeftAlone) {
     Replace(dir / "ro/f", "new");
     ADD_FAILURE();
   } catch (const CIoError& e) {
-    EXPECT_NE(std::string(e.what()).find("directory '" + dir / "ro'"), std::string::npos) << e.what();
+    EXPECT_NE(std::string(e.what()).find("directory '" + dir / "ro'"), std::string::npos)
+        << e.what();
   }
   chmod((dir / "ro").c_str(), 0755);
   EXPECT_EQ(ZtTest::ReadBytes(dir / "ro/f"), Concat("old"));

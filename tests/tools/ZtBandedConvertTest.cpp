@@ -21,8 +21,8 @@ TEST(ZtBandedConvert, SplitRowsCoversEveryRowOnceInNearlyEqualBands) {
     unsigned Bands;
     std::vector<int> Rows;
   } cases[] = {
-      {10, 1, {10}},     {10, 3, {4, 3, 3}}, {9, 3, {3, 3, 3}}, {2, 5, {1, 1}},
-      {1, 4, {1}},       {7, 0, {7}},        {0, 3, {}},        {5, 5, {1, 1, 1, 1, 1}},
+      {10, 1, {10}}, {10, 3, {4, 3, 3}}, {9, 3, {3, 3, 3}}, {2, 5, {1, 1}},
+      {1, 4, {1}},   {7, 0, {7}},        {0, 3, {}},        {5, 5, {1, 1, 1, 1, 1}},
   };
   for (const auto& c : cases) {
     const auto bands = ZtThreads::SplitRows(c.Height, c.Bands);
@@ -50,14 +50,17 @@ TEST(ZtBandedConvert, AnyNumberOfBandsGivesTheBytesOfOneConversion) {
       {{9, 11, EPixelType::RGBA, EDataType::UShort}, EPixelType::RGBA, EDataType::UShort},
   };
   for (const auto& c : cases) {
-    const CZtImage source = ZtTest::Scrambled(c.Source.Width, c.Source.Height, c.Source.PixelType, c.Source.DataType);
+    const CZtImage source =
+        ZtTest::Scrambled(c.Source.Width, c.Source.Height, c.Source.PixelType, c.Source.DataType);
     const CZtImageFormat targetFormat(c.Source.Width, c.Source.Height, c.Layout, c.Type);
     CZtImage whole(targetFormat);
-    ASSERT_TRUE(CZtImage::ConvertMemory(whole.GetDataPtr(), source.GetDataPtr(), targetFormat, c.Source));
+    ASSERT_TRUE(
+        CZtImage::ConvertMemory(whole.GetDataPtr(), source.GetDataPtr(), targetFormat, c.Source));
     for (unsigned threads : {1u, 2u, 3u, 4u, 8u, 50u}) {
       CZtImage banded(targetFormat);
       std::memset(banded.GetDataPtr(), 0x5A, banded.GetByteCount());
-      ASSERT_TRUE(ZtThreads::ConvertInBands(banded.GetDataPtr(), source.GetDataPtr(), targetFormat, c.Source, threads));
+      ASSERT_TRUE(ZtThreads::ConvertInBands(banded.GetDataPtr(), source.GetDataPtr(), targetFormat,
+                                            c.Source, threads));
       EXPECT_EQ(std::memcmp(banded.GetDataPtr(), whole.GetDataPtr(), whole.GetByteCount()), 0)
           << c.Source.ToString().ToCString() << " in " << threads << " bands";
     }
@@ -68,11 +71,14 @@ TEST(ZtBandedConvert, RefusesWhatTheLibraryRefusesAndUnequalSizes) {
   const CZtImage source = ZtTest::Scrambled(4, 4, EPixelType::RGB, EDataType::UByte);
   CZtImage target(CZtImageFormat(4, 4, EPixelType::RGB, EDataType::Float));
   const CZtImageFormat& from = source.GetFormat();
+  EXPECT_FALSE(ZtThreads::ConvertInBands(
+      target.GetDataPtr(), source.GetDataPtr(),
+      CZtImageFormat(4, 4, EPixelType::BayerRG, EDataType::UByte), from, 2));
   EXPECT_FALSE(ZtThreads::ConvertInBands(target.GetDataPtr(), source.GetDataPtr(),
-                                         CZtImageFormat(4, 4, EPixelType::BayerRG, EDataType::UByte), from, 2));
-  EXPECT_FALSE(ZtThreads::ConvertInBands(target.GetDataPtr(), source.GetDataPtr(),
-                                         CZtImageFormat(4, 3, EPixelType::RGB, EDataType::Float), from, 2));
-  EXPECT_TRUE(ZtThreads::ConvertInBands(target.GetDataPtr(), source.GetDataPtr(), target.GetFormat(), from, 2));
+                                         CZtImageFormat(4, 3, EPixelType::RGB, EDataType::Float),
+                                         from, 2));
+  EXPECT_TRUE(ZtThreads::ConvertInBands(target.GetDataPtr(), source.GetDataPtr(),
+                                        target.GetFormat(), from, 2));
 }
 
 }  // namespace

@@ -26,11 +26,13 @@ struct SRun {
 // grey.pgm of the directory converted to PNG, as the tool does it.
 CBytes ReadPgmAsPng(const CScratchDir& dir) {
   std::ostringstream out, err;
-  EXPECT_EQ(RunConvertCommand({dir / "grey.pgm", dir / "grey.png"}, out, err), kExitSuccess) << err.str();
+  EXPECT_EQ(RunConvertCommand({dir / "grey.pgm", dir / "grey.png"}, out, err), kExitSuccess)
+      << err.str();
   return ZtTest::ReadBytes(dir / "grey.png");
 }
 
-int RunIn(const CScratchDir& dir, const SRun& run, std::ostringstream& out, std::ostringstream& err) {
+int RunIn(const CScratchDir& dir, const SRun& run, std::ostringstream& out,
+          std::ostringstream& err) {
   std::vector<std::string> arguments = run.Options;
   arguments.insert(arguments.end(), {dir / run.Input, dir / run.Output});
   return RunConvertCommand(arguments, out, err);
@@ -48,13 +50,34 @@ TEST(ZtConvertCommand, ParsesEveryOptionSpelling) {
     bool Verbose;
   } cases[] = {
       {{"in.png", "out.pgm"}, {"in.png", "out.pgm"}, {}, {}, {}, false, false},
-      {{"-l", "lum", "-t", "UShort", "in.png", "out.pgm"}, {"in.png", "out.pgm"}, EPixelType::Lum,
-       EDataType::UShort, {}, false, false},
-      {{"in.png", "--layout=BGRA", "out.png", "--type", "ubyte"}, {"in.png", "out.png"}, EPixelType::BGRA,
-       EDataType::UByte, {}, false, false},
-      {{"-v", "-r", "4x4, BayerRG, UShort", "in.raw", "out.png"}, {"in.raw", "out.png"}, {}, {}, {}, true, true},
-      {{"--raw-format=4x4,BayerRG,UShort", "--verbose", "--", "in.raw", "-out.png"}, {"in.raw", "-out.png"}, {},
-       {}, {}, true, true},
+      {{"-l", "lum", "-t", "UShort", "in.png", "out.pgm"},
+       {"in.png", "out.pgm"},
+       EPixelType::Lum,
+       EDataType::UShort,
+       {},
+       false,
+       false},
+      {{"in.png", "--layout=BGRA", "out.png", "--type", "ubyte"},
+       {"in.png", "out.png"},
+       EPixelType::BGRA,
+       EDataType::UByte,
+       {},
+       false,
+       false},
+      {{"-v", "-r", "4x4, BayerRG, UShort", "in.raw", "out.png"},
+       {"in.raw", "out.png"},
+       {},
+       {},
+       {},
+       true,
+       true},
+      {{"--raw-format=4x4,BayerRG,UShort", "--verbose", "--", "in.raw", "-out.png"},
+       {"in.raw", "-out.png"},
+       {},
+       {},
+       {},
+       true,
+       true},
       {{"--", "-in.pgm", "-l"}, {"-in.pgm", "-l"}, {}, {}, {}, false, false},
       // A lone "-" is a file name: the standard streams.
       {{"-", "-f", "PNM", "-"}, {"-", "-"}, {}, {}, EFileFormat::Pnm, false, false},
@@ -103,7 +126,8 @@ TEST(ZtConvertCommand, RefusesBadCommandLinesWithExitCodeTwo) {
       {{"-l", "YUV", "a.png", "b.png"}, "unknown layout 'YUV'"},
       {{"-t", "half", "a.png", "b.png"}, "unknown sample type 'half'"},
       {{"-r", "4x4 BayerRG UShort", "a.raw", "b.png"}, "expected WIDTHxHEIGHT, LAYOUT, TYPE"},
-      {{"--max-pixels", "0", "a.png", "b.png"}, "--max-pixels needs a positive whole number, not '0'"},
+      {{"--max-pixels", "0", "a.png", "b.png"},
+       "--max-pixels needs a positive whole number, not '0'"},
       {{"--max-pixels=1e6", "a.png", "b.png"}, "needs a positive whole number, not '1e6'"},
       {{"--info"}, "--info needs at least one FILE"},
       {{"--info", "-t", "UByte", "a.png"}, "--info takes no"},
@@ -116,16 +140,22 @@ TEST(ZtConvertCommand, RefusesBadCommandLinesWithExitCodeTwo) {
       {{"absent.png", "b.pbm"}, "PBM files are read, not written"},
       {{"absent.raw", "b.png"}, "absent.raw: a raw file needs its format given"},
       {{"-l", "BayerRG", "absent.png", "b.raw"}, "a BayerRG target is only a copy of a raw input"},
-      {{"-l", "BayerRG", "-r", "2x2, BayerGB, UByte", "absent.raw", "b.raw"}, "a BayerRG target is only a copy"},
-      {{"-l", "BayerRG", "-t", "UShort", "-r", "2x2, BayerRG, UByte", "absent.raw", "b.raw"}, "only a copy"},
-      {{"-t", "Double", "absent.pgm", "out.ppm"}, "out.ppm: PPM files hold RGB with UByte or UShort samples, not Double"},
-      {{"-l", "RGB", "absent.pgm", "out.pgm"}, "PGM files hold Lum with UByte or UShort samples, not RGB"},
-      {{"-l", "LumA", "-t", "Float", "absent.pgm", "out.pfm"}, "PFM files hold Lum or RGB with Float samples, not LumA, Float"},
+      {{"-l", "BayerRG", "-r", "2x2, BayerGB, UByte", "absent.raw", "b.raw"},
+       "a BayerRG target is only a copy"},
+      {{"-l", "BayerRG", "-t", "UShort", "-r", "2x2, BayerRG, UByte", "absent.raw", "b.raw"},
+       "only a copy"},
+      {{"-t", "Double", "absent.pgm", "out.ppm"},
+       "out.ppm: PPM files hold RGB with UByte or UShort samples, not Double"},
+      {{"-l", "RGB", "absent.pgm", "out.pgm"},
+       "PGM files hold Lum with UByte or UShort samples, not RGB"},
+      {{"-l", "LumA", "-t", "Float", "absent.pgm", "out.pfm"},
+       "PFM files hold Lum or RGB with Float samples, not LumA, Float"},
       {{"-f", "ppm", "-l", "Lum", "absent.pgm", "out.png"}, "out.png: PPM files hold RGB"},
   };
   for (const auto& c : cases) {
     std::ostringstream out, err;
-    EXPECT_EQ(RunConvertCommand(c.Arguments, out, err), kExitUsage) << c.Message << ": " << err.str();
+    EXPECT_EQ(RunConvertCommand(c.Arguments, out, err), kExitUsage)
+        << c.Message << ": " << err.str();
     const std::string text = err.str();
     EXPECT_EQ(text.rfind("zt-convert: ", 0), 0u) << text;
     EXPECT_NE(text.find(c.Message), std::string::npos) << text;
@@ -147,7 +177,10 @@ TEST(ZtConvertCommand, ConvertsThroughEveryFileFormat) {
       {"float.pfm", "deep.pam", {"-v", "-l", "RGBA"}, "(3x1, RGB, Float) -> "},
       {"deep.pam", "swapped.png", {"-v", "-l", "BGRA", "-t", "UShort"}, "(3x1, RGBA, UShort) -> "},
       {"swapped.png", "wide.raw", {"-v", "-t", "Double"}, "(3x1, RGBA, UShort) -> "},
-      {"wide.raw", "end.ppm", {"-v", "-r", "3x1, RGBA, Double", "-t", "UByte"}, "(3x1, RGBA, Double) -> "},
+      {"wide.raw",
+       "end.ppm",
+       {"-v", "-r", "3x1, RGBA, Double", "-t", "UByte"},
+       "(3x1, RGBA, Double) -> "},
   };
   for (const auto& step : steps) {
     std::ostringstream out, err;
@@ -156,7 +189,8 @@ TEST(ZtConvertCommand, ConvertsThroughEveryFileFormat) {
   }
   // The float path: 0.2f -> UShort 13107 -> Double 0.2 -> UByte 51: the same
   // three greys come back, and the alpha filled at full scale was dropped.
-  EXPECT_EQ(ZtTest::ReadBytes(dir / "end.ppm"), Concat("P6\n3 1\n255\n", {0, 0, 0, 51, 51, 51, 255, 255, 255}));
+  EXPECT_EQ(ZtTest::ReadBytes(dir / "end.ppm"),
+            Concat("P6\n3 1\n255\n", {0, 0, 0, 51, 51, 51, 255, 255, 255}));
   // The default for a PAM from a PFM was UShort; check the alpha there.
   CZtImage deep;
   ReadImageFile(dir / "deep.pam", deep);
@@ -171,10 +205,16 @@ TEST(ZtConvertCommand, FailuresExitWithOneAndLeaveNoOutput) {
   const SRun cases[] = {
       {"missing.pgm", "out.png", {}, "cannot open"},
       {"cut.pgm", "out.png", {}, "file is truncated"},
-      {"cut.pgm", "out.png", {"-r", "2x2, Lum, UByte"}, "holds 13 bytes, but 2x2, Lum, UByte takes 4"},
+      {"cut.pgm",
+       "out.png",
+       {"-r", "2x2, Lum, UByte"},
+       "holds 13 bytes, but 2x2, Lum, UByte takes 4"},
       {"in.pgm", "out.png", {"--max-pixels", "1"}, "image of 2x1 is larger than 1 pixels"},
       // Content decides, whatever the name says.
-      {"in.pgm", "out.png", {"-l", "Lum", "-t", "UByte", "-r", "1x1, RGBA, Byte"}, "holds 13 bytes"},
+      {"in.pgm",
+       "out.png",
+       {"-l", "Lum", "-t", "UByte", "-r", "1x1, RGBA, Byte"},
+       "holds 13 bytes"},
       {"cut.pgm", "nowhere/out.png", {}, "file is truncated"},
       {"in.pgm", "nowhere/out.png", {}, "nowhere"},
   };
@@ -194,11 +234,15 @@ TEST(ZtConvertCommand, InfoPrintsOneLinePerFileAndGoesOnAfterAFailure) {
   ZtTest::WriteBytes(dir / "picture.png", ReadPgmAsPng(dir));
   ZtTest::WriteBytes(dir / "bad.ppm", Concat("P6\n2 1\n255\n", {1}));
   std::ostringstream out, err;
-  EXPECT_EQ(RunConvertCommand({"--info", dir / "grey.pgm", dir / "bad.ppm", dir / "picture.png"}, out, err),
+  EXPECT_EQ(RunConvertCommand({"--info", dir / "grey.pgm", dir / "bad.ppm", dir / "picture.png"},
+                              out, err),
             kExitFailure);
-  EXPECT_EQ(out.str(), dir / "grey.pgm" + ": PGM 2x1, Lum, UShort; magic=P2 maxval=1000\n" + dir / "picture.png" +
-                           ": PNG 2x1, Lum, UShort; bit-depth=16 colour=grey interlace=none transparency=none\n");
-  EXPECT_EQ(err.str(), "zt-convert: " + dir / "bad.ppm" + ": file is truncated: 1 of 6 bytes of pixels\n");
+  EXPECT_EQ(
+      out.str(),
+      dir / "grey.pgm" + ": PGM 2x1, Lum, UShort; magic=P2 maxval=1000\n" + dir / "picture.png" +
+          ": PNG 2x1, Lum, UShort; bit-depth=16 colour=grey interlace=none transparency=none\n");
+  EXPECT_EQ(err.str(),
+            "zt-convert: " + dir / "bad.ppm" + ": file is truncated: 1 of 6 bytes of pixels\n");
 }
 
 }  // namespace

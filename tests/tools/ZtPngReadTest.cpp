@@ -3,8 +3,8 @@
 // bit depths below 8, transparent grey, Adam7 interlacing, 16-bit samples in
 // the file's big-endian order.
 
-#include <png.h>
 #include <gtest/gtest.h>
+#include <png.h>
 
 #include <csetjmp>
 
@@ -42,11 +42,13 @@ bool WriteWithLibpng(std::FILE* file, const SRealPng& c, png_bytepp rows) {
     return false;
   }
   png_init_io(png, file);
-  png_set_IHDR(png, info, c.Width, c.Height, c.BitDepth, c.ColorType, c.Interlace, PNG_COMPRESSION_TYPE_DEFAULT,
-               PNG_FILTER_TYPE_DEFAULT);
-  if (!c.Palette.empty()) png_set_PLTE(png, info, c.Palette.data(), static_cast<int>(c.Palette.size()));
+  png_set_IHDR(png, info, c.Width, c.Height, c.BitDepth, c.ColorType, c.Interlace,
+               PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  if (!c.Palette.empty())
+    png_set_PLTE(png, info, c.Palette.data(), static_cast<int>(c.Palette.size()));
   if (!c.PaletteAlpha.empty()) {
-    png_set_tRNS(png, info, c.PaletteAlpha.data(), static_cast<int>(c.PaletteAlpha.size()), nullptr);
+    png_set_tRNS(png, info, c.PaletteAlpha.data(), static_cast<int>(c.PaletteAlpha.size()),
+                 nullptr);
   }
   if (c.TransparentGrey >= 0) {
     png_color_16 grey{};
@@ -75,22 +77,66 @@ void Write(const std::string& path, const SRealPng& c) {
 
 TEST(ZtPngRead, RealPngFilesReadAsTheLayoutsTheyExpandTo) {
   const SRealPng cases[] = {
-      {"palette-trns", 2, 2, 2, PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE,
+      {"palette-trns",
+       2,
+       2,
+       2,
+       PNG_COLOR_TYPE_PALETTE,
+       PNG_INTERLACE_NONE,
        {0x10, 0xB0},  // indices 0 1 / 2 3, two bits each
        {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {255, 255, 255}},
        {255, 128, 0},  // entry 3 has no alpha: opaque
        -1,
        {2, 2, EPixelType::RGBA, EDataType::UByte},
        {255, 0, 0, 255, 0, 255, 0, 128, 0, 0, 255, 0, 255, 255, 255, 255}},
-      {"grey-1bit", 3, 1, 1, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, {0xA0}, {}, {}, -1,
-       {3, 1, EPixelType::Lum, EDataType::UByte}, {255, 0, 255}},
-      {"grey-16bit", 2, 1, 16, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, {0x12, 0x34, 0xFE, 0xDC}, {}, {}, -1,
-       {2, 1, EPixelType::Lum, EDataType::UShort}, {0x1234, 0xFEDC}},
-      {"grey-trns", 2, 1, 8, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, {7, 9}, {}, {}, 7,
-       {2, 1, EPixelType::LumA, EDataType::UByte}, {7, 0, 9, 255}},
-      {"rgba-16bit", 1, 1, 16, PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE,
-       {0x00, 0x01, 0x80, 0x00, 0xFF, 0xFF, 0x12, 0x34}, {}, {}, -1,
-       {1, 1, EPixelType::RGBA, EDataType::UShort}, {1, 0x8000, 0xFFFF, 0x1234}},
+      {"grey-1bit",
+       3,
+       1,
+       1,
+       PNG_COLOR_TYPE_GRAY,
+       PNG_INTERLACE_NONE,
+       {0xA0},
+       {},
+       {},
+       -1,
+       {3, 1, EPixelType::Lum, EDataType::UByte},
+       {255, 0, 255}},
+      {"grey-16bit",
+       2,
+       1,
+       16,
+       PNG_COLOR_TYPE_GRAY,
+       PNG_INTERLACE_NONE,
+       {0x12, 0x34, 0xFE, 0xDC},
+       {},
+       {},
+       -1,
+       {2, 1, EPixelType::Lum, EDataType::UShort},
+       {0x1234, 0xFEDC}},
+      {"grey-trns",
+       2,
+       1,
+       8,
+       PNG_COLOR_TYPE_GRAY,
+       PNG_INTERLACE_NONE,
+       {7, 9},
+       {},
+       {},
+       7,
+       {2, 1, EPixelType::LumA, EDataType::UByte},
+       {7, 0, 9, 255}},
+      {"rgba-16bit",
+       1,
+       1,
+       16,
+       PNG_COLOR_TYPE_RGB_ALPHA,
+       PNG_INTERLACE_NONE,
+       {0x00, 0x01, 0x80, 0x00, 0xFF, 0xFF, 0x12, 0x34},
+       {},
+       {},
+       -1,
+       {1, 1, EPixelType::RGBA, EDataType::UShort},
+       {1, 0x8000, 0xFFFF, 0x1234}},
   };
   CScratchDir dir;
   for (const auto& c : cases) {
@@ -113,14 +159,16 @@ TEST(ZtPngRead, RealPngFilesReadAsTheLayoutsTheyExpandTo) {
 // shows on a picture where every sample differs.
 TEST(ZtPngRead, InterlacedFilesReadPixelForPixel) {
   for (const png_uint_32 size : {1u, 5u, 9u, 17u}) {
-    SRealPng c{"adam7", size, size + 2, 8, PNG_COLOR_TYPE_RGB, PNG_INTERLACE_ADAM7, {}, {}, {}, -1, {}, {}};
-    for (png_uint_32 i = 0; i < 3 * size * (size + 2); ++i) c.Rows.push_back(static_cast<png_byte>(i * 7 + 3));
+    SRealPng c{"adam7", size, size + 2, 8, PNG_COLOR_TYPE_RGB, PNG_INTERLACE_ADAM7, {}, {},
+               {},      -1,   {},       {}};
+    for (png_uint_32 i = 0; i < 3 * size * (size + 2); ++i)
+      c.Rows.push_back(static_cast<png_byte>(i * 7 + 3));
     CScratchDir dir;
     Write(dir / "adam7.png", c);
     CZtImage image;
     ReadImageFile(dir / "adam7.png", image);
-    ASSERT_EQ(image.GetFormat(), CZtImageFormat(static_cast<int>(size), static_cast<int>(size + 2), EPixelType::RGB,
-                                                EDataType::UByte));
+    ASSERT_EQ(image.GetFormat(), CZtImageFormat(static_cast<int>(size), static_cast<int>(size + 2),
+                                                EPixelType::RGB, EDataType::UByte));
     EXPECT_EQ(CBytes(static_cast<const unsigned char*>(image.GetDataPtr()),
                      static_cast<const unsigned char*>(image.GetDataPtr()) + image.GetByteCount()),
               c.Rows)

@@ -142,9 +142,9 @@ protected:
                    bool withEvent) {
     CZtParEntry& entry = map.GetDirectory()[key];
     entry.Assign(key, kind, "description of " + key,
-                 withConstraint ? CZtSafePtr<CAny>(new ScriptedConstraint(&m_Constraint),
-                                                   &m_Constraints)
-                                : CZtSafePtr<CAny>(),
+                 withConstraint
+                     ? CZtSafePtr<CAny>(new ScriptedConstraint(&m_Constraint), &m_Constraints)
+                     : CZtSafePtr<CAny>(),
                  withEvent ? CZtSafePtr<TEvent>(new ScriptedEvent(&m_Event), &m_Events)
                            : CZtSafePtr<TEvent>());
     return entry;
@@ -222,7 +222,8 @@ TYPED_TEST(ParMapValue, ARefusingConstraintLeavesNoTrace) {
   const TypeParam candidate = S::New();
 
   EXPECT_EQ(Raised([&] { this->m_Map.WriteParameter("p", candidate); }),
-            (Chain{kWriteHead, {"Zt.ParInvalidValueException", "Invalid parameter value; 'p': too big"}}));
+            (Chain{kWriteHead,
+                   {"Zt.ParInvalidValueException", "Invalid parameter value; 'p': too big"}}));
   EXPECT_EQ(this->m_Constraint.value, &candidate) << "the constraint sees the caller's value";
   EXPECT_EQ(this->m_Constraint.kind, TestFixture::kKind);
   EXPECT_EQ(this->m_Constraint.describes, 1);
@@ -276,11 +277,36 @@ TEST_F(ParMapFixture, ChecksNameThenAccessThenKindThenConstraint) {
     EParType kind;
     Chain write, read;  // the read chain is the write chain without its head
   } cases[] = {
-      {"all granted", true, true, Zt::ParUnsigned, {kWriteHead, {"Zt.ParInvalidValueException", "Invalid parameter value; 'p': too big"}}, {}},
-      {"wrong kind", true, true, Zt::ParDouble, {kWriteHead, WrongType("double", "unsigned")}, {WrongType("double", "unsigned")}},
-      {"no access, wrong kind", false, false, Zt::ParString, {kWriteHead, kWriteDenied}, {kReadDenied}},
-      {"read only, wrong kind", true, false, Zt::ParStringArray, {kWriteHead, kWriteDenied}, {WrongType("string[]", "unsigned")}},
-      {"write only, no table", false, true, Zt::ParInt, {kWriteHead, WrongType("int", "unsigned")}, {kReadDenied}},
+      {"all granted",
+       true,
+       true,
+       Zt::ParUnsigned,
+       {kWriteHead, {"Zt.ParInvalidValueException", "Invalid parameter value; 'p': too big"}},
+       {}},
+      {"wrong kind",
+       true,
+       true,
+       Zt::ParDouble,
+       {kWriteHead, WrongType("double", "unsigned")},
+       {WrongType("double", "unsigned")}},
+      {"no access, wrong kind",
+       false,
+       false,
+       Zt::ParString,
+       {kWriteHead, kWriteDenied},
+       {kReadDenied}},
+      {"read only, wrong kind",
+       true,
+       false,
+       Zt::ParStringArray,
+       {kWriteHead, kWriteDenied},
+       {WrongType("string[]", "unsigned")}},
+      {"write only, no table",
+       false,
+       true,
+       Zt::ParInt,
+       {kWriteHead, WrongType("int", "unsigned")},
+       {kReadDenied}},
   };
   m_Constraint.accept = false;
   for (const auto& c : cases) {
@@ -301,9 +327,9 @@ TEST_F(ParMapFixture, ChecksNameThenAccessThenKindThenConstraint) {
 
 TEST(ParMapKinds, HaveTheirTextsAndEveryOtherValueIsUnknown) {
   const std::pair<int, const char*> names[] = {
-      {0, "none"},     {1, "int"},        {2, "unsigned"},  {3, "double"},  {4, "string"},
-      {5, "int[]"},    {6, "unsigned[]"}, {7, "double[]"},  {8, "string[]"}, {9, "unknown"},
-      {-1, "unknown"}, {0x7fffffff, "unknown"}};
+      {0, "none"},     {1, "int"},     {2, "unsigned"},   {3, "double"},
+      {4, "string"},   {5, "int[]"},   {6, "unsigned[]"}, {7, "double[]"},
+      {8, "string[]"}, {9, "unknown"}, {-1, "unknown"},   {0x7fffffff, "unknown"}};
   for (const auto& [kind, name] : names) {
     EXPECT_STREQ(Zt::GetParTypeName(static_cast<EParType>(kind)).ToCString(), name) << kind;
   }
@@ -370,7 +396,8 @@ TEST_F(ParMapFixture, AssignmentCopiesValuesDeeplyAndSharesTheObjects) {
     EXPECT_TRUE(m_Map.ReadParameter("list", list));
     EXPECT_EQ(number, 1u);
     EXPECT_EQ(list, (std::vector<CZtString>{"x", "y"}));
-    EXPECT_EQ(m_Event.calls, (std::vector<std::string>{"write shared", "write shared", "read shared"}));
+    EXPECT_EQ(m_Event.calls,
+              (std::vector<std::string>{"write shared", "write shared", "read shared"}));
   }
   EXPECT_EQ(m_Constraints.GetReferenceCount(constraint), 1u);
 

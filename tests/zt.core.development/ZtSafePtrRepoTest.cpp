@@ -72,7 +72,8 @@ protected:
   T* NewObject() { return new typename Instance<T>::Object(&m_Destroyed); }
 
   // Expects `op` to raise the chain of a failed Register or DeRegister.
-  static void ExpectFailure(const std::function<void()>& op, const char* member, const char* inner) {
+  static void ExpectFailure(const std::function<void()>& op, const char* member,
+                            const char* inner) {
     const std::string function = std::string(Instance<T>::repository) + "::" + member;
     const char* const file = "source\\zt.core.development\\ZtSafePtrRepo";
     const char* const outer = member[0] == 'R' ? "Error registering" : "Error deregistering";
@@ -169,8 +170,8 @@ TYPED_TEST(SafePtr, FailuresAreWrappedAndLeaveTheRepositoryAsItWas) {
   TestFixture::ExpectFailure([&] { Ptr invalid(nullptr, &repository); }, "Register",
                              "Argument is invalid");
   const Ptr empty;
-  TestFixture::ExpectFailure([&] { repository.DeRegister(const_cast<Ptr*>(&empty)); },
-                             "DeRegister", "Nullptr --> Object pointer of reference is null");
+  TestFixture::ExpectFailure([&] { repository.DeRegister(const_cast<Ptr*>(&empty)); }, "DeRegister",
+                             "Nullptr --> Object pointer of reference is null");
 
   // A safe pointer whose object has left the repository behind its back
   // raises from its destructor. It lives in raw storage so that the test can

@@ -184,8 +184,8 @@ void Sweep(const std::vector<Row>& rows) {
       for (unsigned long long k = 1; k <= calls + 1; ++k) {
         Attempt attempt(kind, k);
         const Outcome outcome = Measure(row, attempt);
-        const std::string where = std::string(KindName(kind)) + " " + std::to_string(k) + " of " +
-                                  std::to_string(calls);
+        const std::string where =
+            std::string(KindName(kind)) + " " + std::to_string(k) + " of " + std::to_string(calls);
         if (k > calls) {
           EXPECT_FALSE(attempt.Failed()) << where << ": more allocations than counted";
           EXPECT_EQ(outcome, row.clean) << where;
@@ -202,9 +202,7 @@ void Sweep(const std::vector<Row>& rows) {
 // Prints the number of failure points once, after every sweep.
 class PointReport : public ::testing::Environment {
 public:
-  void TearDown() override {
-    std::printf("allocation-failure points: %llu\n", g_Points);
-  }
+  void TearDown() override { std::printf("allocation-failure points: %llu\n", g_Points); }
 };
 [[maybe_unused]] const auto* const kPointReport =
     ::testing::AddGlobalTestEnvironment(new PointReport);
@@ -318,14 +316,14 @@ Links Join(Links head, const Links& tail) {
 Outcome MakingStrings(const Links& head, unsigned long long n, AllocKind kind,
                       unsigned long long k) {
   if (kind == AllocKind::Malloc) {
-    return Raise(Join(head, {{"Error creating memory object", "Zt::CZtMemBase::CZtMemBase",
-                              kMemBase},
-                             kMemResize,
-                             {"malloc failed", "Zt::CZtMemBase::Alloc", kMemBase}}));
+    return Raise(
+        Join(head, {{"Error creating memory object", "Zt::CZtMemBase::CZtMemBase", kMemBase},
+                    kMemResize,
+                    {"malloc failed", "Zt::CZtMemBase::Alloc", kMemBase}}));
   }
   if (kind == AllocKind::Realloc) {
-    return Raise(Join(head, {SizeTo(n), kMemResize,
-                             {"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase}}));
+    return Raise(
+        Join(head, {SizeTo(n), kMemResize, {"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase}}));
   }
   if (k == 1) {
     return Raise(Join(head, {{kWhat, "Zt::CZtArrayString::New", kStringArray, true}}));
@@ -401,7 +399,9 @@ TEST(AllocationSweep, StringArrays) {
        },
        [](const Point& p) {
          if (p.kind == AllocKind::Realloc) {
-           return Raise({kResizing, SizeTo(9), kMemResize,
+           return Raise({kResizing,
+                         SizeTo(9),
+                         kMemResize,
                          {"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase}});
          }
          return Raise({kResizing, SizeTo(9), {kWhat, kObjects + "InitElements", kMemObj}},
@@ -517,8 +517,9 @@ void Sweep2D(const std::string& type) {
       }
     };
   };
-  const Failing resized = Always(Raise({{"Error resizing matrix:" + kWhat, "Zt::CZtMatrix<" + type +
-                                         ">::Resize", "source\\zt.core.math\\ZtMatrix", true}}));
+  const Failing resized =
+      Always(Raise({{"Error resizing matrix:" + kWhat, "Zt::CZtMatrix<" + type + ">::Resize",
+                     "source\\zt.core.math\\ZtMatrix", true}}));
   // New and CopyFrom store the new extents before the storage fails.
   const auto renewing = [](void (*op)(A&, const A&)) {
     return [op](Attempt& at) {
@@ -639,8 +640,7 @@ TEST(AllocationSweep, Images) {
        replacing([](CZtImage& image, const CZtImage& from) { return image.Create(from); }),
        refused},
       {"Create from a format",
-       replacing([&](CZtImage& image, const CZtImage&) { return image.Create(format); }),
-       refused},
+       replacing([&](CZtImage& image, const CZtImage&) { return image.Create(format); }), refused},
       {"assignment", replacing([](CZtImage& image, const CZtImage& from) {
          image = from;
          return true;
@@ -663,8 +663,9 @@ TEST(AllocationSweep, Images) {
          std::vector<float> target(15);
          Zt::CZtImageMoniker view;
          view.Create(5, 3, EPixelType::Lum, EDataType::Float, target.data());
-         at([&] { return CZtImage::ConvertType(&view, &from, EPixelType::Lum, EDataType::Float,
-                                               false); });
+         at([&] {
+           return CZtImage::ConvertType(&view, &from, EPixelType::Lum, EDataType::Float, false);
+         });
        },
        refused},
       {"ConvertMemory",
@@ -685,7 +686,8 @@ TEST(AllocationSweep, Images) {
          at([&] { view.Create(empty); });
        },
        AnyBadAlloc,
-       Raise({{"Error creating CZtImageMoniker", "Zt::CZtImageMoniker::Create", "ZtImageMoniker"}})},
+       Raise(
+           {{"Error creating CZtImageMoniker", "Zt::CZtImageMoniker::Create", "ZtImageMoniker"}})},
   });
 }
 
@@ -709,9 +711,9 @@ Outcome Constructing(unsigned long long k) {
   if (k == 1) {
     return Raise({{kWhat, "Zt::CZtMetaData::Init", "ZtMetaData", true}});
   }
-  return Raise({{"Error initializing meta-data", "Zt::CZtMetaData::Init", "ZtMetaData"},
-                kMapOutOfMemory},
-               1);
+  return Raise(
+      {{"Error initializing meta-data", "Zt::CZtMetaData::Init", "ZtMetaData"}, kMapOutOfMemory},
+      1);
 }
 
 // A handler that lets every read and write pass.
@@ -807,9 +809,10 @@ TEST(AllocationSweep, MetaData) {
     if (writing) {
       chain.push_back({"Error writing parameter", function, kMapFile});
     }
-    chain.push_back({std::string("Wrong type for parameter; Expected type 'unsigned' differs from '") +
-                         given + "'",
-                     function, kMapFile, false, "Zt.ParInvalidTypeException"});
+    chain.push_back(
+        {std::string("Wrong type for parameter; Expected type 'unsigned' differs from '") + given +
+             "'",
+         function, kMapFile, false, "Zt.ParInvalidTypeException"});
     return Raise(chain);
   };
   Sweep({
@@ -853,8 +856,7 @@ TEST(AllocationSweep, MetaData) {
        Raise({{"Error getting element 'x'", "Zt::CZtMetaData::GetElement", "ZtMetaData"},
               {"Element 'x' doesn't exist in meta data", "Zt::CZtMetaData::GetElement",
                "ZtMetaData"}})},
-      {"GetElementNameType",
-       on([](CZtMetaData& s) {
+      {"GetElementNameType", on([](CZtMetaData& s) {
          CZtString elementName, type;
          s.GetElementNameType(0, elementName, type);
        }),

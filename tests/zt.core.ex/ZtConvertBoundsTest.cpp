@@ -23,7 +23,7 @@ namespace {
 
 // Usable bytes between two protected pages, mapped once and reused.
 class CGuardedRegion {
- public:
+public:
   explicit CGuardedRegion(std::size_t bytes) {
     const std::size_t page = std::size_t(sysconf(_SC_PAGESIZE));
     m_usable = (bytes + page - 1) / page * page;
@@ -41,7 +41,7 @@ class CGuardedRegion {
   unsigned char* Begin() const { return m_begin; }
   unsigned char* End() const { return m_begin + m_usable; }
 
- private:
+private:
   unsigned char* m_base = nullptr;
   unsigned char* m_begin = nullptr;
   std::size_t m_usable = 0;
@@ -99,17 +99,17 @@ struct SPlacement {
                                       const unsigned char* expected) {
   const std::size_t sourceSize = std::size_t(SampleBytes(sd));
   const std::size_t sourcePixel = std::size_t(Components(sp)) * sourceSize;
-  const std::size_t targetBytes = std::size_t(count) * std::size_t(Components(tp) * SampleBytes(td));
+  const std::size_t targetBytes =
+      std::size_t(count) * std::size_t(Components(tp) * SampleBytes(td));
   const SUsed used = UsedSamples(sp, tp);
   // The readable stretch: from the first used byte of the first pixel to
   // the last used byte of the last pixel.
   const std::size_t skipFront = std::size_t(used.first) * sourceSize;
-  const std::size_t readable =
-      count == 0 ? 0
-                 : (std::size_t(count) - 1) * sourcePixel + std::size_t(used.last + 1) * sourceSize -
-                       skipFront;
-  unsigned char* readableBegin = where.atFront ? where.sourceRegion.Begin()
-                                               : where.sourceRegion.End() - readable;
+  const std::size_t readable = count == 0 ? 0
+                                          : (std::size_t(count) - 1) * sourcePixel +
+                                                std::size_t(used.last + 1) * sourceSize - skipFront;
+  unsigned char* readableBegin =
+      where.atFront ? where.sourceRegion.Begin() : where.sourceRegion.End() - readable;
   if (source != nullptr && readable != 0) {
     std::memcpy(readableBegin, source + skipFront, readable);
   }
@@ -117,11 +117,11 @@ struct SPlacement {
   // unused samples: those bytes lie in the protected page, or just before
   // the readable stretch, and must not be read. Formed as an address, the
   // same as a caller's offset pointer.
-  const void* run = reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(readableBegin) -
-                                                  skipFront);
+  const void* run =
+      reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(readableBegin) - skipFront);
 
-  unsigned char* target = where.atFront ? where.targetRegion.Begin()
-                                        : where.targetRegion.End() - targetBytes;
+  unsigned char* target =
+      where.atFront ? where.targetRegion.Begin() : where.targetRegion.End() - targetBytes;
   unsigned char* open = where.atFront ? target + targetBytes : target - kOpenSide;
   std::memset(open, kUntouched, kOpenSide);
 
@@ -158,12 +158,12 @@ TEST(ConvertBounds, EveryCellReadsAndWritesOnlyItsRunsOnEveryPath) {
   const std::vector<EPath> paths = Paths();
   for (const auto& sp : kPixelTypes) {
     for (const auto& sd : kDataTypes) {
-      const std::vector<unsigned char> source = RandomBytes(
-          std::size_t(kBeyondBlock) * std::size_t(sp.components * sd.bytes), 11);
+      const std::vector<unsigned char> source =
+          RandomBytes(std::size_t(kBeyondBlock) * std::size_t(sp.components * sd.bytes), 11);
       for (EPixelType::ID tp : kTargetPixelTypes) {
         for (const auto& td : kDataTypes) {
-          const std::vector<unsigned char> expected =
-              ZtConvertRef::ConvertImage(tp, td.type, sp.type, sd.type, kBeyondBlock, source.data());
+          const std::vector<unsigned char> expected = ZtConvertRef::ConvertImage(
+              tp, td.type, sp.type, sd.type, kBeyondBlock, source.data());
           for (EPath path : paths) {
             for (bool atFront : {true, false}) {
               const SPlacement where{sources, targets, atFront};
@@ -224,9 +224,9 @@ void ConvertOrdered(unsigned char* buffer, std::size_t sourceAt, std::size_t tar
   const std::size_t ss = std::size_t(Components(sp));
   const std::size_t ts = std::size_t(m.targetSamples);
   const bool bgr = tp == EPixelType::BGR || tp == EPixelType::BGRA;
-  const std::vector<std::size_t> colours =
-      ts < 3 ? std::vector<std::size_t>{0} : bgr ? std::vector<std::size_t>{2, 1, 0}
-                                                 : std::vector<std::size_t>{0, 1, 2};
+  const std::vector<std::size_t> colours = ts < 3 ? std::vector<std::size_t>{0}
+                                           : bgr  ? std::vector<std::size_t>{2, 1, 0}
+                                                  : std::vector<std::size_t>{0, 1, 2};
   const auto load = [&](std::size_t i, int k) {
     S v;
     std::memcpy(&v, buffer + sourceAt + (i * ss + std::size_t(k)) * sizeof(S), sizeof(S));
@@ -274,8 +274,8 @@ TEST(ConvertBounds, OverlappingRunsKeepThePixelOrderOnEveryPath) {
           std::vector<unsigned char> expected = start;
           ZtConvertRef::WithSampleType(pair[0], [&](auto s) {
             ZtConvertRef::WithSampleType(pair[1], [&](auto t) {
-              ConvertOrdered<decltype(s), decltype(t)>(expected.data(), kSourceAt, targetAt, sp,
-                                                       tp, kCount);
+              ConvertOrdered<decltype(s), decltype(t)>(expected.data(), kSourceAt, targetAt, sp, tp,
+                                                       kCount);
             });
           });
           for (EPath path : Paths()) {

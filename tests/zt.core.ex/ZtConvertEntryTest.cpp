@@ -44,9 +44,9 @@ CZtImageFormat ZeroFormat() {
 
 TEST(ConvertType, ConvertsIntoANewTargetInBothForms) {
   const CZtImage source = Patterned(7, 3, EPixelType::BGRA, EDataType::UShort);
-  const auto expected = ZtConvertRef::ConvertImage(EPixelType::LumA, EDataType::Float,
-                                                   EPixelType::BGRA, EDataType::UShort, 21,
-                                                   source.GetDataPtr());
+  const auto expected =
+      ZtConvertRef::ConvertImage(EPixelType::LumA, EDataType::Float, EPixelType::BGRA,
+                                 EDataType::UShort, 21, source.GetDataPtr());
   CZtImage member = Patterned(2, 2, EPixelType::RGB, EDataType::Byte);
   ASSERT_TRUE(source.ConvertType(member, EPixelType::LumA, EDataType::Float));
   EXPECT_EQ(member.GetFormat(), CZtImageFormat(7, 3, EPixelType::LumA, EDataType::Float));
@@ -76,7 +76,8 @@ TEST(ConvertType, EqualTypesCopyTheSourceBytes) {
   // target's size: the rest of a larger target stays.
   CZtImage larger = Patterned(9, 9, EPixelType::RGB, EDataType::UByte, 2);
   const auto before = BytesOf(larger);
-  ASSERT_TRUE(CZtImage::ConvertType(&larger, &source, EPixelType::BayerGB, EDataType::Float, false));
+  ASSERT_TRUE(
+      CZtImage::ConvertType(&larger, &source, EPixelType::BayerGB, EDataType::Float, false));
   const auto after = BytesOf(larger);
   EXPECT_EQ(std::vector<unsigned char>(after.begin(), after.begin() + 80), BytesOf(source));
   EXPECT_EQ(std::vector<unsigned char>(after.begin() + 80, after.end()),
@@ -119,8 +120,8 @@ TEST(ConvertType, RefusalsLeaveTheTargetAsTheirStepLeftIt) {
   for (int unknown : kUnknownPixelTypes) {
     CZtImage untouched = Patterned(4, 4, EPixelType::RGBA, EDataType::Double, 4);
     const auto bytes = BytesOf(untouched);
-    EXPECT_FALSE(CZtImage::ConvertType(&untouched, &source, AsPixelType(unknown),
-                                       EDataType::Float, false));
+    EXPECT_FALSE(
+        CZtImage::ConvertType(&untouched, &source, AsPixelType(unknown), EDataType::Float, false));
     EXPECT_EQ(BytesOf(untouched), bytes);
   }
 }
@@ -137,8 +138,8 @@ TEST(ConvertMemory, CopiesEqualFormatsAndConvertsTheRestOverTheSourceCount) {
 
   // Two reset formats: nothing to copy, and true.
   std::vector<unsigned char> untouched(16, kGuard);
-  EXPECT_TRUE(CZtImage::ConvertMemory(untouched.data(), source.GetDataPtr(), ZeroFormat(),
-                                      ZeroFormat()));
+  EXPECT_TRUE(
+      CZtImage::ConvertMemory(untouched.data(), source.GetDataPtr(), ZeroFormat(), ZeroFormat()));
   EXPECT_EQ(untouched, std::vector<unsigned char>(16, kGuard));
 
   // Equal types at another size: the cell runs over the source's 12 pixels,
@@ -159,9 +160,10 @@ TEST(ConvertMemory, CopiesEqualFormatsAndConvertsTheRestOverTheSourceCount) {
                                        bayer.GetFormat()));
 
   // A count that wraps to 0 writes nothing.
-  EXPECT_TRUE(CZtImage::ConvertMemory(untouched.data(), source.GetDataPtr(),
-                                      CZtImageFormat(65536, 65536, EPixelType::RGB, EDataType::Float),
-                                      CZtImageFormat(65536, 65536, EPixelType::Lum, EDataType::UByte)));
+  EXPECT_TRUE(
+      CZtImage::ConvertMemory(untouched.data(), source.GetDataPtr(),
+                              CZtImageFormat(65536, 65536, EPixelType::RGB, EDataType::Float),
+                              CZtImageFormat(65536, 65536, EPixelType::Lum, EDataType::UByte)));
   EXPECT_EQ(untouched, std::vector<unsigned char>(16, kGuard));
 }
 
@@ -219,12 +221,12 @@ TEST(ConvertMemory, TwoThreadsConvertAtOnce) {
   first.join();
   second.join();
   ASSERT_TRUE(okA && okB);
-  EXPECT_EQ(BytesOf(outA), ZtConvertRef::ConvertImage(EPixelType::BGRA, EDataType::Float,
-                                                      EPixelType::RGB, EDataType::UShort, 90000,
-                                                      a.GetDataPtr()));
-  EXPECT_EQ(BytesOf(outB), ZtConvertRef::ConvertImage(EPixelType::RGB, EDataType::UByte,
-                                                      EPixelType::LumA, EDataType::Int, 90000,
-                                                      b.GetDataPtr()));
+  EXPECT_EQ(BytesOf(outA),
+            ZtConvertRef::ConvertImage(EPixelType::BGRA, EDataType::Float, EPixelType::RGB,
+                                       EDataType::UShort, 90000, a.GetDataPtr()));
+  EXPECT_EQ(BytesOf(outB),
+            ZtConvertRef::ConvertImage(EPixelType::RGB, EDataType::UByte, EPixelType::LumA,
+                                       EDataType::Int, 90000, b.GetDataPtr()));
 }
 
 }  // namespace

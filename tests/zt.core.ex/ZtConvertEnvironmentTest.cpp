@@ -31,7 +31,7 @@ void WriteControl(TControl c) { _mm_setcsr(c); }
 constexpr TControl kStatus = 0x3F;
 constexpr TControl kDefault = 0x1F80;
 constexpr TControl kRounding[] = {0u << 13, 1u << 13, 2u << 13, 3u << 13};  // near, down, up, zero
-constexpr TControl kFlushes[] = {0, 0x8000, 0x40, 0x8040};  // none, FTZ, DAZ, both
+constexpr TControl kFlushes[] = {0, 0x8000, 0x40, 0x8040};                  // none, FTZ, DAZ, both
 const char* const kFlushNames[] = {"", " FTZ", " DAZ", " FTZ+DAZ"};
 #elif defined(__aarch64__)
 using TControl = std::uint64_t;
@@ -44,7 +44,7 @@ void WriteControl(TControl c) { __asm__ __volatile__("msr fpcr, %0" : : "r"(c) :
 constexpr TControl kStatus = 0;
 constexpr TControl kDefault = 0;
 constexpr TControl kRounding[] = {0u << 22, 2u << 22, 1u << 22, 3u << 22};  // near, down, up, zero
-constexpr TControl kFlushes[] = {0, 1u << 24, 1u << 25, 3u << 24};  // none, FZ, DN, both
+constexpr TControl kFlushes[] = {0, 1u << 24, 1u << 25, 3u << 24};          // none, FZ, DN, both
 const char* const kFlushNames[] = {"", " FZ", " DN", " FZ+DN"};
 #endif
 
@@ -76,8 +76,8 @@ std::vector<unsigned char> SamplesOf(EDataType::ID type) {
       if (size == 2) Append(bytes, std::uint16_t(i));
     }
   } else if (type == EDataType::Float) {
-    const float specials[] = {1e-45f, -1e-45f, 1e-40f, -3e-39f, 1.17549421e-38f, 1e-38f,
-                              0.999999f, 1.0f, -1.0f, 0.5f, 1.0f / 3.0f, 1e-10f};
+    const float specials[] = {1e-45f,    -1e-45f, 1e-40f, -3e-39f, 1.17549421e-38f, 1e-38f,
+                              0.999999f, 1.0f,    -1.0f,  0.5f,    1.0f / 3.0f,     1e-10f};
     for (float f : specials) Append(bytes, f);
     for (std::size_t i = 0; bytes.size() < kSamples * 4; i += 4) {
       std::uint32_t w;
@@ -86,8 +86,8 @@ std::vector<unsigned char> SamplesOf(EDataType::ID type) {
       Append(bytes, w);
     }
   } else if (type == EDataType::Double) {
-    const double specials[] = {4.9e-324, -4.9e-324, 1e-310, 1e-40, -1e-42, 1.4e-45, 7e-46,
-                               1e-38,    0.9999999999, 1.0,   -1.0,  1.0 / 3.0, 1e300};
+    const double specials[] = {4.9e-324, -4.9e-324,    1e-310, 1e-40, -1e-42,    1.4e-45, 7e-46,
+                               1e-38,    0.9999999999, 1.0,    -1.0,  1.0 / 3.0, 1e300};
     for (double d : specials) Append(bytes, d);
     for (std::size_t i = 0; bytes.size() < kSamples * 8; i += 8) {
       std::uint64_t w;
@@ -123,8 +123,8 @@ TEST(ConvertEnvironment, ResultsAreTheRulesUnderAnyCallerSettings) {
                          {EPixelType::RGB, EPixelType::LumA, samples / 3}};
     for (const auto& td : kDataTypes) {
       for (const SRun& run : runs) {
-        const std::vector<unsigned char> expected =
-            ZtConvertRef::ConvertImage(run.to, td.type, run.from, sd.type, run.pixels, source.data());
+        const std::vector<unsigned char> expected = ZtConvertRef::ConvertImage(
+            run.to, td.type, run.from, sd.type, run.pixels, source.data());
         for (EPath path : Paths()) {
           for (std::size_t r = 0; r < 4; ++r) {
             for (std::size_t f = 0; f < 4; ++f) {
@@ -139,8 +139,8 @@ TEST(ConvertEnvironment, ResultsAreTheRulesUnderAnyCallerSettings) {
               WriteControl(kDefault);
               const std::string context = Describe(run.from, sd.type, run.to, td.type) + ", " +
                                           std::to_string(run.pixels) + " pixels, " +
-                                          PathName(path) + " path, rounding " +
-                                          kRoundingNames[r] + kFlushNames[f];
+                                          PathName(path) + " path, rounding " + kRoundingNames[r] +
+                                          kFlushNames[f];
               ASSERT_TRUE(ok) << context;
               ASSERT_EQ(caller, after & ~kStatus) << "caller's settings changed: " << context;
               ASSERT_TRUE(target == expected) << "results differ: " << context;

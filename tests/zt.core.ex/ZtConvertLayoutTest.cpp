@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <vector>
 
@@ -13,7 +13,6 @@
 using namespace ZtTest;
 
 namespace {
-
 
 std::vector<unsigned char> SourceFor(EPixelType::ID sp, EDataType::ID sd, unsigned count,
                                      std::uint64_t seed) {
@@ -64,11 +63,10 @@ TEST(ConvertCells, LargeTargetsAtAnyAlignmentMatchTheReference) {
     for (EPath path : Paths()) {
       for (std::size_t offset : {std::size_t(0), std::size_t(8), std::size_t(35)}) {
         std::vector<unsigned char> target(expected.size() + 128, kGuard);
-        ASSERT_TRUE(RunOnPath(path, target.data() + offset, source.data(),
-                                               targetFormat, sourceFormat));
+        ASSERT_TRUE(
+            RunOnPath(path, target.data() + offset, source.data(), targetFormat, sourceFormat));
         EXPECT_TRUE(std::equal(expected.begin(), expected.end(), target.begin() + long(offset)))
-            << Describe(c.sp, c.sd, c.tp, c.td) << ", offset " << offset << ", "
-            << PathName(path);
+            << Describe(c.sp, c.sd, c.tp, c.td) << ", offset " << offset << ", " << PathName(path);
         if (offset > 0) {
           EXPECT_EQ(target[offset - 1], kGuard);
         }
@@ -91,8 +89,8 @@ TEST(ConvertCells, ChannelsTravelAsWorkedOutByHand) {
                          EDataType::Double, 1, rgb);
     std::memcpy(&lum, out.data(), 8);
     EXPECT_EQ(lum, 0.1);
-    out = ConvertOn(path, EPixelType::Lum, EDataType::Double, EPixelType::BGR, EDataType::Double,
-                    1, rgb);
+    out = ConvertOn(path, EPixelType::Lum, EDataType::Double, EPixelType::BGR, EDataType::Double, 1,
+                    rgb);
     std::memcpy(&lum, out.data(), 8);
     EXPECT_EQ(lum, 0.4);
 
@@ -124,13 +122,13 @@ TEST(ConvertCells, ChannelsTravelAsWorkedOutByHand) {
 
     // LumA to RGBA: the luminance three times, then the alpha.
     const unsigned char luma[] = {7, 9};
-    out = ConvertOn(path, EPixelType::RGBA, EDataType::UByte, EPixelType::LumA, EDataType::UByte,
-                    1, luma);
+    out = ConvertOn(path, EPixelType::RGBA, EDataType::UByte, EPixelType::LumA, EDataType::UByte, 1,
+                    luma);
     EXPECT_EQ(out, (std::vector<unsigned char>{7, 7, 7, 9}));
 
     // The four Bayer types read as luminance.
-    for (EPixelType::ID bayer : {EPixelType::BayerRG, EPixelType::BayerBG, EPixelType::BayerGR,
-                                 EPixelType::BayerGB}) {
+    for (EPixelType::ID bayer :
+         {EPixelType::BayerRG, EPixelType::BayerBG, EPixelType::BayerGR, EPixelType::BayerGB}) {
       const std::uint16_t raw = 65535;
       out = ConvertOn(path, EPixelType::RGB, EDataType::UByte, bayer, EDataType::UShort, 1, &raw);
       EXPECT_EQ(out, (std::vector<unsigned char>{255, 255, 255}));
@@ -156,11 +154,10 @@ TEST(ConvertCells, SwapInPlaceStoresRedBeforeReadingBlue) {
       for (unsigned i = 0; i < count; ++i) pixels.insert(pixels.end(), {10, 20, 30});
       const Zt::CZtImageFormat sourceFormat(int(count), 1, c.from, EDataType::UByte);
       const Zt::CZtImageFormat targetFormat(int(count), 1, c.to, EDataType::UByte);
-      ASSERT_TRUE(RunOnPath(path, pixels.data(), pixels.data(), targetFormat,
-                                             sourceFormat));
+      ASSERT_TRUE(RunOnPath(path, pixels.data(), pixels.data(), targetFormat, sourceFormat));
       for (unsigned i = 0; i < count; ++i) {
-        ASSERT_EQ(0, std::memcmp(&pixels[3 * i], c.expected, 3)) << "pixel " << i << ", "
-                                                                  << PathName(path);
+        ASSERT_EQ(0, std::memcmp(&pixels[3 * i], c.expected, 3))
+            << "pixel " << i << ", " << PathName(path);
       }
     }
   }

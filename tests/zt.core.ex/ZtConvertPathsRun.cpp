@@ -13,7 +13,7 @@
 namespace {
 
 class CPathsRun : public ::testing::Environment {
- public:
+public:
   void TearDown() override {
     const std::set<ZtTest::EPath>& run = ZtTest::PathsRun();
     if (run.empty()) return;  // a filter left out every conversion
@@ -26,7 +26,6 @@ class CPathsRun : public ::testing::Environment {
   }
 };
 
-const ::testing::Environment* const kPathsRun =
-    ::testing::AddGlobalTestEnvironment(new CPathsRun);
+const ::testing::Environment* const kPathsRun = ::testing::AddGlobalTestEnvironment(new CPathsRun);
 
 }  // namespace

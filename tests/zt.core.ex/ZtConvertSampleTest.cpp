@@ -21,9 +21,9 @@ using namespace ZtTest;
 
 namespace {
 
-constexpr EDataType::ID kAllTypes[] = {EDataType::Byte,  EDataType::UByte, EDataType::Short,
-                                       EDataType::UShort, EDataType::Int,  EDataType::UInt,
-                                       EDataType::Float, EDataType::Double};
+constexpr EDataType::ID kAllTypes[] = {EDataType::Byte,   EDataType::UByte, EDataType::Short,
+                                       EDataType::UShort, EDataType::Int,   EDataType::UInt,
+                                       EDataType::Float,  EDataType::Double};
 
 // The samples as a Lum run through every target type.
 void ExpectAllTargetsMatch(EDataType::ID from, const std::vector<unsigned char>& samples) {
@@ -202,7 +202,8 @@ const FixedRow kFixed[] = {
     {FL, "inf -inf -0.0 nan", UB, "255 0 0 0"},
     {D, "1e300 -1e300 1e20 1e-46 -1e-46 4.9e-324", FL, "inf -inf 1e20 0 -0 0"},
     {D, "4.9e-324 -4.9e-324 2.2e-308", I, "0 0 0"},
-    {FL, "1e-45 -1e-45 1.17549435e-38", D, "1.401298464324817e-45 -1.401298464324817e-45 1.1754943508222875e-38"},
+    {FL, "1e-45 -1e-45 1.17549435e-38", D,
+     "1.401298464324817e-45 -1.401298464324817e-45 1.1754943508222875e-38"},
     {FL, "inf -inf -0.0 1e-45", D, "inf -inf -0.0 1.401298464324817e-45"},
 };
 
@@ -277,9 +278,9 @@ TEST(ConvertSample, RoundTripsLoseExactlyWhatTheRuleLoses) {
     unsigned survivors;
   };
   const Trip trips[] = {
-      {UB, D, 256},   {B, D, 256},       {S, D, 65536},   {US, D, 65536},  {UB, US, 256},
-      {UB, UI, 256},  {UB, FL, 256},     {US, UI, 65536}, {US, FL, 32641}, {B, S, 130},
-      {S, I, 32770},  {B, UB, 2},        {UB, B, 2},
+      {UB, D, 256},  {B, D, 256},   {S, D, 65536},   {US, D, 65536},  {UB, US, 256},
+      {UB, UI, 256}, {UB, FL, 256}, {US, UI, 65536}, {US, FL, 32641}, {B, S, 130},
+      {S, I, 32770}, {B, UB, 2},    {UB, B, 2},
   };
   for (const Trip& trip : trips) {
     const unsigned count = SampleBytes(trip.type) == 1 ? 256 : 65536;
@@ -291,18 +292,18 @@ TEST(ConvertSample, RoundTripsLoseExactlyWhatTheRuleLoses) {
                   std::size_t(SampleBytes(trip.type)));
     }
     for (EPath path : Paths()) {
-      const auto there =
-          ConvertOn(path, EPixelType::Lum, trip.via, EPixelType::Lum, trip.type, count, source.data());
-      const auto back =
-          ConvertOn(path, EPixelType::Lum, trip.type, EPixelType::Lum, trip.via, count, there.data());
+      const auto there = ConvertOn(path, EPixelType::Lum, trip.via, EPixelType::Lum, trip.type,
+                                   count, source.data());
+      const auto back = ConvertOn(path, EPixelType::Lum, trip.type, EPixelType::Lum, trip.via,
+                                  count, there.data());
       unsigned survivors = 0;
       const std::size_t size = std::size_t(SampleBytes(trip.type));
       for (unsigned i = 0; i < count; ++i) {
         survivors += std::memcmp(&back[i * size], &source[i * size], size) == 0 ? 1u : 0u;
       }
-      EXPECT_EQ(survivors, trip.survivors) << Describe(EPixelType::Lum, trip.type, EPixelType::Lum,
-                                                       trip.via)
-                                           << " and back, " << PathName(path);
+      EXPECT_EQ(survivors, trip.survivors)
+          << Describe(EPixelType::Lum, trip.type, EPixelType::Lum, trip.via) << " and back, "
+          << PathName(path);
     }
   }
 }
@@ -313,8 +314,13 @@ TEST(ConvertSample, RoutinesOfTheRuleMeetAtTheSaturationEdges) {
   using Zt::Sample::ConvertSample;
   using Zt::Sample::DecodeSample;
   using Zt::Sample::EncodeSample;
-  const double edges[] = {1.0, -1.0, std::nextafter(1.0, 2.0), std::nextafter(-1.0, -2.0),
-                          std::nextafter(1.0, 0.0), 0.0, -0.0,
+  const double edges[] = {1.0,
+                          -1.0,
+                          std::nextafter(1.0, 2.0),
+                          std::nextafter(-1.0, -2.0),
+                          std::nextafter(1.0, 0.0),
+                          0.0,
+                          -0.0,
                           std::numeric_limits<double>::quiet_NaN()};
   for (double x : edges) {
     EXPECT_EQ(EncodeSample<EDataType::Short>(x), ZtConvertRef::Encode<std::int16_t>(x)) << x;

@@ -21,7 +21,8 @@ TEST(CZtImageFormat, SizesAndTextsOfEveryKnownPair) {
       EXPECT_EQ(f.GetBytesPerPixel(), p.components * d.bytes);
       EXPECT_EQ(f.GetPixelCount(), 21u);
       EXPECT_EQ(f.GetByteCount(), 21u * static_cast<unsigned>(p.components * d.bytes));
-      EXPECT_EQ(std::string(f.ToString().ToCString()), std::string("7x3, ") + p.name + ", " + d.name);
+      EXPECT_EQ(std::string(f.ToString().ToCString()),
+                std::string("7x3, ") + p.name + ", " + d.name);
       EXPECT_EQ(f.IsBayerPixelType(), std::string(p.name).rfind("Bayer", 0) == 0);
     }
   }

@@ -23,8 +23,8 @@ TEST(CZtImageMonikerConversion, AViewConvertsFromAndIntoMemoryLikeTheImageItself
   }
   CZtImageMoniker view;
   view.Create(source);
-  const EPixelType::ID targets[] = {EPixelType::RGB, EPixelType::RGBA, EPixelType::BGR,
-                                    EPixelType::BGRA, EPixelType::Lum, EPixelType::LumA};
+  const EPixelType::ID targets[] = {EPixelType::RGB,  EPixelType::RGBA, EPixelType::BGR,
+                                    EPixelType::BGRA, EPixelType::Lum,  EPixelType::LumA};
   for (EPixelType::ID p : targets) {
     for (const auto& d : kDataTypes) {  // RGBA UShort among them: the copy short cut
       SCOPED_TRACE(testing::Message() << p << " " << d.name);

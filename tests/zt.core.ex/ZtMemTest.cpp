@@ -92,16 +92,17 @@ TEST(CZtMemBase, FailedAllocationsLeaveTheBlockIntact) {
     const char *message, *function;
     std::function<void(CZtMemBase&)> op;
   } cases[] = {
-      {"Error setting memory size: ", "Zt::CZtMemBase::Resize", [](CZtMemBase& m) { m.Resize(100); }},
+      {"Error setting memory size: ", "Zt::CZtMemBase::Resize",
+       [](CZtMemBase& m) { m.Resize(100); }},
       {"Error reserving memory ", "Zt::CZtMemBase::Reserve", [](CZtMemBase& m) { m.Reserve(100); }},
   };
   for (const auto& c : cases) {
     CZtMem<int> block(3);
     std::memcpy(block.Data(), "0123456789a", 12);
     unsigned char* data = block.Data();
-    ZtTest::ExpectRaiseWhenFailing(AllocKind::Realloc, 1, [&] { c.op(block); },
-                                   {{c.message, c.function, kMemBase},
-                                    {"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase}});
+    ZtTest::ExpectRaiseWhenFailing(
+        AllocKind::Realloc, 1, [&] { c.op(block); },
+        {{c.message, c.function, kMemBase}, {"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase}});
     EXPECT_EQ(block.Data(), data);
     EXPECT_EQ(StateOf(block), (State{3, 4, 1, 1}));
     EXPECT_EQ(std::memcmp(block.Data(), "0123456789a", 12), 0);

@@ -23,8 +23,8 @@ namespace {
 // --- Chains as a caller sees them ---------------------------------------------
 
 using ZtTest::Chain;
-using ZtTest::Hollow;
 using ZtTest::ChainOf;
+using ZtTest::Hollow;
 using ZtTest::Raised;
 
 using Link = std::pair<std::string, std::string>;
@@ -77,11 +77,17 @@ struct FormOf {
 template <class V>
 FormOf<V> Form();
 template <>
-FormOf<unsigned int> Form() { return {"uint", "unsigned", "unsigned", 4000000000u, 3u}; }
+FormOf<unsigned int> Form() {
+  return {"uint", "unsigned", "unsigned", 4000000000u, 3u};
+}
 template <>
-FormOf<double> Form() { return {"double", "double", "double", -0.125, 6.5e-300}; }
+FormOf<double> Form() {
+  return {"double", "double", "double", -0.125, 6.5e-300};
+}
 template <>
-FormOf<CZtString> Form() { return {"string", "string", "string", "first text", ""}; }
+FormOf<CZtString> Form() {
+  return {"string", "string", "string", "first text", ""};
+}
 template <>
 FormOf<CZtArrayUInt> Form() {
   return {"uint", "unsigned", "unsigned[]", ArrayOf<CZtArrayUInt>({1u, 2u, 3u}),
@@ -156,8 +162,9 @@ TEST(CZtMetaData, AddingANameInUseIsRefusedBareWhateverTheType) {
       using B = typename decltype(second)::type;
       CZtMetaData store;
       store.AddElement("x", "old", Form<A>().first);
-      ZtTest::ExpectRaise([&] { store.AddElement("x", "new", Form<B>().second); },
-                          {{"Element 'x' already exists", "Zt::CZtMetaData::AddElement", "ZtMetaData"}});
+      ZtTest::ExpectRaise(
+          [&] { store.AddElement("x", "new", Form<B>().second); },
+          {{"Element 'x' already exists", "Zt::CZtMetaData::AddElement", "ZtMetaData"}});
       EXPECT_EQ(store.GetElementCount(), 1u);
       CZtString name, type;
       store.GetElementNameType(0, name, type);
@@ -182,7 +189,8 @@ TEST(CZtMetaData, UnknownNamesFailInTwoLayersForReadsAndThreeForWrites) {
                      Plain("Element 'x' doesn't exist in meta data")}));
     EXPECT_EQ(Values(value), Values(Form<V>().second));
     EXPECT_EQ(Raised([&] { store.SetElement("x", Form<V>().first); }),
-              (Chain{Plain("Error setting element 'x'"), kWriting,
+              (Chain{Plain("Error setting element 'x'"),
+                     kWriting,
                      {"Zt.ParInvalidNameException", "Unknown parameter name"}}));
   });
   EXPECT_EQ(store.GetElementCount(), 1u);
@@ -218,11 +226,10 @@ TEST(CZtMetaData, EveryLinkNamesItsFileFunctionAndClass) {
                        {WrongType("unsigned", "double").second, kMapClass + "ReadParameter",
                         kMapFile, false, "Zt.ParInvalidTypeException"}});
   CZtString name, type;
-  ZtTest::ExpectRaise([&] { store.GetElementNameType(1, name, type); },
-                      {{"Error Getting Element type", "Zt::CZtMetaData::GetElementNameType",
-                        "ZtMetaData"},
-                       {"Index parameter out of range", "Zt::CZtMetaData::GetElementNameType",
-                        "ZtMetaData"}});
+  ZtTest::ExpectRaise(
+      [&] { store.GetElementNameType(1, name, type); },
+      {{"Error Getting Element type", "Zt::CZtMetaData::GetElementNameType", "ZtMetaData"},
+       {"Index parameter out of range", "Zt::CZtMetaData::GetElementNameType", "ZtMetaData"}});
 }
 
 TEST(CZtMetaData, WalksNamesInUnsignedByteOrderAndReportsItsOwnTypeWords) {
@@ -234,9 +241,9 @@ TEST(CZtMetaData, WalksNamesInUnsignedByteOrderAndReportsItsOwnTypeWords) {
   store.AddElement("B", "", 1u);
   store.AddElement("", "", CZtString("empty name"));
   store.AddElement("ab", "", Form<CZtArrayString>().first);
-  const std::pair<const char*, const char*> expected[] = {
-      {"", "string"}, {"B", "uint"}, {"a", "double"}, {"ab", "uint"}, {"b", "uint"},
-      {"\xc3\xa9", "string"}};
+  const std::pair<const char*, const char*> expected[] = {{"", "string"},  {"B", "uint"},
+                                                          {"a", "double"}, {"ab", "uint"},
+                                                          {"b", "uint"},   {"\xc3\xa9", "string"}};
   ASSERT_EQ(store.GetElementCount(), 6u);
   for (unsigned int i = 0; i < 6; ++i) {
     CZtString name, type;
@@ -320,15 +327,17 @@ TEST(CZtMetaData, ArraysWithoutImplementationDifferByFamily) {
             (Chain{Plain("Nullptr --> Object not initialized")}));
   EXPECT_TRUE(store.HasElement("u"));
   EXPECT_TRUE(store.HasElement("d"));
-  EXPECT_EQ(Raised([&] { store.SetElement("u", hollowUInt); }),
-            (Chain{Plain("Error setting element 'u'"), Plain("Nullptr --> Object not initialized")}));
+  EXPECT_EQ(
+      Raised([&] { store.SetElement("u", hollowUInt); }),
+      (Chain{Plain("Error setting element 'u'"), Plain("Nullptr --> Object not initialized")}));
 
   // Strings: an invalid array counts as empty.
   CZtArrayString invalid;
   invalid.Delete();
   EXPECT_TRUE(Raised([&] { store.AddElement("s", "", invalid); }).empty());
-  EXPECT_EQ(Raised([&] { store.SetElement("s", invalid); }),
-            (Chain{Plain("Error setting element 's'"), kWriting, WrongType("unsigned", "string[]")}));
+  EXPECT_EQ(
+      Raised([&] { store.SetElement("s", invalid); }),
+      (Chain{Plain("Error setting element 's'"), kWriting, WrongType("unsigned", "string[]")}));
   unsigned int value = 1;
   store.GetElement("s", value);
   EXPECT_EQ(value, 0u);

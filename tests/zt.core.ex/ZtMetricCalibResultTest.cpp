@@ -38,8 +38,15 @@ std::vector<unsigned int> Elements(const Zt::CZtArrayUInt& a) {
 }
 
 Snapshot Take(const CZtMetricCalibAddImageResult& r) {
-  Snapshot s{r.m_iValue1, r.m_iValue2, r.m_iValue3, r.m_bValue4, r.m_sMessage.ToCString(),
-             Elements(r.m_aValues1), Elements(r.m_aValues2), r.m_aTexts.IsValid(), {}};
+  Snapshot s{r.m_iValue1,
+             r.m_iValue2,
+             r.m_iValue3,
+             r.m_bValue4,
+             r.m_sMessage.ToCString(),
+             Elements(r.m_aValues1),
+             Elements(r.m_aValues2),
+             r.m_aTexts.IsValid(),
+             {}};
   for (unsigned long long i = 0; i < r.m_aTexts.Length(); ++i) {
     s.texts.emplace_back(r.m_aTexts[i].ToCString());
   }
@@ -76,7 +83,8 @@ TEST(CZtMetricCalibResult, StartsAtZeroAndCopiesEveryField) {
 
 TEST(CZtMetricCalibAddImageResult, ReportsByDefaultThatNothingWasAdded) {
   const CZtMetricCalibAddImageResult r;
-  const Snapshot expected{-1, 0, 0, false, "No object added to metric calibration", {}, {}, true, {}};
+  const Snapshot expected{-1, 0,  0,    false, "No object added to metric calibration",
+                          {}, {}, true, {}};
   EXPECT_EQ(Take(r), expected);
 }
 

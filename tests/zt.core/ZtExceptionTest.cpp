@@ -85,9 +85,9 @@ TEST(CZtException, KeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
 
   // ToString tells every link, outermost first.
   const std::string text = head->ToString();
-  for (const char* part : {"Zt.Exception: outer", "f2", "file", "Zt.TestException: middle",
-                           "Zt::Test::Raise", "TestFile", "line 7",
-                           "Zt.OutOfMemoryException: std::bad_alloc"}) {
+  for (const char* part :
+       {"Zt.Exception: outer", "f2", "file", "Zt.TestException: middle", "Zt::Test::Raise",
+        "TestFile", "line 7", "Zt.OutOfMemoryException: std::bad_alloc"}) {
     EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
   }
   EXPECT_LT(text.find("outer"), text.find("middle"));

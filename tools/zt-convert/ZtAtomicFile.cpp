@@ -169,7 +169,8 @@ CAtomicFile::CAtomicFile(const std::string& path) : m_Path(path) {
   if (stat(m_Target.c_str(), &existing) == 0 && S_ISREG(existing.st_mode)) {
     if (fchown(descriptor, existing.st_uid, existing.st_gid) != 0) {
       // Not allowed to give the file away; the group may still be ours to set.
-      [[maybe_unused]] const int ignored = fchown(descriptor, static_cast<uid_t>(-1), existing.st_gid);
+      [[maybe_unused]] const int ignored =
+          fchown(descriptor, static_cast<uid_t>(-1), existing.st_gid);
     }
     mode = existing.st_mode & 07777;
   }

@@ -25,7 +25,8 @@ const char* ConvertUsage() {
          "  -t, --type TYPE         target sample type: Byte, UByte, Short, UShort, Int,\n"
          "                          UInt, Float, Double\n"
          "  -f, --format FORMAT     format of OUTPUT, whatever its name\n"
-         "  -r, --raw-format FORMAT INPUT is a raw block of FORMAT, e.g. \"640x480, BayerGR, UShort\"\n"
+         "  -r, --raw-format FORMAT INPUT is a raw block of FORMAT, e.g. \"640x480, BayerGR, "
+         "UShort\"\n"
          "      --max-pixels N      refuse larger images (default 268435456, 16384x16384)\n"
          "      --info              print each FILE's format instead of converting\n"
          "  -v, --verbose           print the formats read and written (to stderr\n"
@@ -43,7 +44,8 @@ namespace {
 
 unsigned long long ParseCount(const std::string& text, const std::string& option) {
   if (text.empty() || text.size() > 19 ||
-      !std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c) != 0; })) {
+      !std::all_of(text.begin(), text.end(),
+                   [](unsigned char c) { return std::isdigit(c) != 0; })) {
     throw CUsageError(option + " needs a positive whole number, not '" + text + "'");
   }
   const unsigned long long value = std::stoull(text);
@@ -58,8 +60,8 @@ void PrintInfo(const std::string& path, const SConvertOptions& options, std::ost
   read.MaxPixels = options.MaxPixels;
   CZtImage image;
   const SFileFacts facts = ReadImage(path, image, read);
-  out << path << ": " << FileFormatName(facts.Format) << " " << FormatText(image) << "; " << facts.Details
-      << "\n";
+  out << path << ": " << FileFormatName(facts.Format) << " " << FormatText(image) << "; "
+      << facts.Details << "\n";
 }
 
 }  // namespace
@@ -135,7 +137,8 @@ SConvertOptions ParseConvertArguments(const std::vector<std::string>& arguments)
   return options;
 }
 
-int RunConvertCommand(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+int RunConvertCommand(const std::vector<std::string>& arguments, std::ostream& out,
+                      std::ostream& err) {
   try {
     const SConvertOptions options = ParseConvertArguments(arguments);
     if (options.Help) {
@@ -172,8 +175,8 @@ int RunConvertCommand(const std::vector<std::string>& arguments, std::ostream& o
     if (options.Verbose) {
       // Standard output may hold the image itself.
       std::ostream& report = request.Output == "-" ? err : out;
-      report << request.Input << " (" << FormatText(conversion.Source) << ") -> " << request.Output << " ("
-             << FormatText(conversion.Target) << ")\n";
+      report << request.Input << " (" << FormatText(conversion.Source) << ") -> " << request.Output
+             << " (" << FormatText(conversion.Target) << ")\n";
     }
     return kExitSuccess;
   } catch (const CRequestError& e) {

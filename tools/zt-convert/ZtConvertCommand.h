@@ -41,7 +41,8 @@ const char* ConvertUsage();
 SConvertOptions ParseConvertArguments(const std::vector<std::string>& arguments);
 // Parses and runs; failures go to `err` as one line "zt-convert: <reason>".
 // Images on standard output go to stdout itself, not to `out`.
-int RunConvertCommand(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err);
+int RunConvertCommand(const std::vector<std::string>& arguments, std::ostream& out,
+                      std::ostream& err);
 
 }  // namespace ZtTools
 

@@ -23,10 +23,12 @@ namespace Detail {
 using CBytes = std::vector<unsigned char>;
 
 // PBM, PGM, PPM, PAM and PFM, told apart by their magic.
-void ReadNetpbm(const CBytes& file, unsigned long long maxPixels, CZtImage& image, std::string& details);
+void ReadNetpbm(const CBytes& file, unsigned long long maxPixels, CZtImage& image,
+                std::string& details);
 void WriteNetpbm(EFileFormat format, const IImage& image, std::FILE* file);
 
-void ReadPng(const CBytes& file, unsigned long long maxPixels, CZtImage& image, std::string& details);
+void ReadPng(const CBytes& file, unsigned long long maxPixels, CZtImage& image,
+             std::string& details);
 void WritePng(const IImage& image, std::FILE* file);
 
 // Whether the machine stores the low byte first.
@@ -72,7 +74,8 @@ inline unsigned SampleCount(EPixelType::ID type) {
 unsigned long long BlockBytes(unsigned long long width, unsigned long long height,
                               EPixelType::ID pixelType, EDataType::ID dataType);
 // Throws CIoError when a file declares more than maxPixels pixels.
-void CheckPixelCount(unsigned long long width, unsigned long long height, unsigned long long maxPixels);
+void CheckPixelCount(unsigned long long width, unsigned long long height,
+                     unsigned long long maxPixels);
 // Allocates image for a file's pixels, after the same check.
 void CreateForFile(CZtImage& image, unsigned long long width, unsigned long long height,
                    EPixelType::ID pixelType, EDataType::ID dataType);

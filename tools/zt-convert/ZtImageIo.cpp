@@ -26,7 +26,11 @@ const std::vector<SFileFormatInfo>& FileFormats() {
   using P = EPixelType;
   using D = EDataType;
   static const std::vector<SFileFormatInfo> formats = {
-      {EFileFormat::Png, "PNG", ".png", {P::Lum, P::LumA, P::RGB, P::RGBA, P::BGR, P::BGRA}, {D::UByte, D::UShort}},
+      {EFileFormat::Png,
+       "PNG",
+       ".png",
+       {P::Lum, P::LumA, P::RGB, P::RGBA, P::BGR, P::BGRA},
+       {D::UByte, D::UShort}},
       {EFileFormat::Pbm, "PBM", ".pbm", {}, {}},
       {EFileFormat::Pgm, "PGM", ".pgm", {P::Lum}, {D::UByte, D::UShort}},
       {EFileFormat::Ppm, "PPM", ".ppm", {P::RGB}, {D::UByte, D::UShort}},
@@ -62,7 +66,9 @@ std::string Trim(const std::string& text) {
 std::string PixelTypeText(EPixelType::ID type) {
   return CZtImageFormat::PixelType2String(type).ToCString();
 }
-std::string DataTypeText(EDataType::ID type) { return CZtImageFormat::DataType2String(type).ToCString(); }
+std::string DataTypeText(EDataType::ID type) {
+  return CZtImageFormat::DataType2String(type).ToCString();
+}
 
 // "A, B or C".
 template <class T, class Name>
@@ -88,7 +94,8 @@ Id ParseName(const std::string& text, const Id (&all)[N], Name name, const char*
   for (Id id : known) {
     if (Lower(name(id)) == wanted) return id;
   }
-  throw CIoError("unknown " + std::string(what) + " '" + text + "' (known: " + JoinList(known, name) + ")");
+  throw CIoError("unknown " + std::string(what) + " '" + text +
+                 "' (known: " + JoinList(known, name) + ")");
 }
 
 const char* const kStandardInput = "standard input";
@@ -110,8 +117,8 @@ Detail::CBytes LoadFile(const std::string& path) {
   const int error = errno;
   if (!standard) std::fclose(file);
   if (failed) {
-    throw CIoError("cannot read " + (standard ? std::string(kStandardInput) : "'" + path + "'") + ": " +
-                   std::strerror(error));
+    throw CIoError("cannot read " + (standard ? std::string(kStandardInput) : "'" + path + "'") +
+                   ": " + std::strerror(error));
   }
   return bytes;
 }
@@ -120,9 +127,9 @@ void ReadRaw(const Detail::CBytes& file, const CZtImageFormat& format, unsigned 
              CZtImage& image) {
   Detail::CheckPixelCount(static_cast<unsigned long long>(format.Width),
                           static_cast<unsigned long long>(format.Height), maxPixels);
-  const unsigned long long needed = Detail::BlockBytes(static_cast<unsigned long long>(format.Width),
-                                                       static_cast<unsigned long long>(format.Height),
-                                                       format.PixelType, format.DataType);
+  const unsigned long long needed = Detail::BlockBytes(
+      static_cast<unsigned long long>(format.Width), static_cast<unsigned long long>(format.Height),
+      format.PixelType, format.DataType);
   if (file.size() != needed) {
     throw CIoError("holds " + std::to_string(file.size()) + " bytes, but " + FormatText(format) +
                    " takes " + std::to_string(needed));
@@ -155,8 +162,8 @@ bool HasRawExtension(const std::string& path) {
 }
 
 bool IsBayer(EPixelType::ID type) {
-  return type == EPixelType::BayerRG || type == EPixelType::BayerBG || type == EPixelType::BayerGR ||
-         type == EPixelType::BayerGB;
+  return type == EPixelType::BayerRG || type == EPixelType::BayerBG ||
+         type == EPixelType::BayerGR || type == EPixelType::BayerGB;
 }
 
 void WriteRaw(const IImage& image, std::FILE* file) {
@@ -174,8 +181,10 @@ unsigned long long BlockBytes(unsigned long long width, unsigned long long heigh
                               EPixelType::ID pixelType, EDataType::ID dataType) {
   constexpr unsigned long long limit = std::numeric_limits<unsigned int>::max();
   const unsigned long long pixelBytes = SampleCount(pixelType) * SampleBytes(dataType);
-  const unsigned long long extent = static_cast<unsigned long long>(std::numeric_limits<int>::max());
-  if (width > extent || height > extent || width * height > limit || width * height * pixelBytes > limit) {
+  const unsigned long long extent =
+      static_cast<unsigned long long>(std::numeric_limits<int>::max());
+  if (width > extent || height > extent || width * height > limit ||
+      width * height * pixelBytes > limit) {
     throw CIoError("image of " + std::to_string(width) + "x" + std::to_string(height) + ", " +
                    PixelTypeText(pixelType) + ", " + DataTypeText(dataType) +
                    " is too large: the library sizes images in 32 bits");
@@ -183,11 +192,12 @@ unsigned long long BlockBytes(unsigned long long width, unsigned long long heigh
   return width * height * pixelBytes;
 }
 
-void CheckPixelCount(unsigned long long width, unsigned long long height, unsigned long long maxPixels) {
+void CheckPixelCount(unsigned long long width, unsigned long long height,
+                     unsigned long long maxPixels) {
   // Both sizes are below 2^32 wherever they come from, so the product fits.
   if (width > maxPixels || height > maxPixels || width * height > maxPixels) {
-    throw CIoError("image of " + std::to_string(width) + "x" + std::to_string(height) + " is larger than " +
-                   std::to_string(maxPixels) + " pixels (see --max-pixels)");
+    throw CIoError("image of " + std::to_string(width) + "x" + std::to_string(height) +
+                   " is larger than " + std::to_string(maxPixels) + " pixels (see --max-pixels)");
   }
 }
 
@@ -209,14 +219,16 @@ EFileFormat FileFormatOf(const std::string& path) {
   const std::size_t slash = path.find_last_of('/');
   const std::size_t dot = path.find_last_of('.');
   const std::string extension =
-      dot == std::string::npos || (slash != std::string::npos && dot < slash) ? "" : Lower(path.substr(dot));
+      dot == std::string::npos || (slash != std::string::npos && dot < slash)
+          ? ""
+          : Lower(path.substr(dot));
   std::vector<std::string> known;
   for (const auto& info : FileFormats()) {
     if (extension == info.Extension) return info.Format;
     known.emplace_back(info.Extension);
   }
-  throw CIoError("unknown file format of '" + path + "' (known: " +
-                 JoinList(known, [](const std::string& s) { return s; }) + ")");
+  throw CIoError("unknown file format of '" + path +
+                 "' (known: " + JoinList(known, [](const std::string& s) { return s; }) + ")");
 }
 
 EFileFormat ParseFileFormat(const std::string& name) {
@@ -226,24 +238,29 @@ EFileFormat ParseFileFormat(const std::string& name) {
     if (wanted == info.Extension + 1 || wanted == info.Extension) return info.Format;
     known.emplace_back(info.Extension + 1);
   }
-  throw CIoError("unknown file format '" + name + "' (known: " +
-                 JoinList(known, [](const std::string& s) { return s; }) + ")");
+  throw CIoError("unknown file format '" + name +
+                 "' (known: " + JoinList(known, [](const std::string& s) { return s; }) + ")");
 }
 
 bool DetectFileFormat(const unsigned char* bytes, std::size_t size, EFileFormat& format) {
   static const unsigned char kPngSignature[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-  if (size >= sizeof kPngSignature && std::memcmp(bytes, kPngSignature, sizeof kPngSignature) == 0) {
+  if (size >= sizeof kPngSignature &&
+      std::memcmp(bytes, kPngSignature, sizeof kPngSignature) == 0) {
     format = EFileFormat::Png;
     return true;
   }
   // A netpbm magic is 'P' and one character, followed by a blank.
   if (size < 3 || bytes[0] != 'P' || std::strchr(" \t\r\n", bytes[2]) == nullptr) return false;
   switch (bytes[1]) {
-    case '1': case '4': format = EFileFormat::Pbm; return true;
-    case '2': case '5': format = EFileFormat::Pgm; return true;
-    case '3': case '6': format = EFileFormat::Ppm; return true;
+    case '1':
+    case '4': format = EFileFormat::Pbm; return true;
+    case '2':
+    case '5': format = EFileFormat::Pgm; return true;
+    case '3':
+    case '6': format = EFileFormat::Ppm; return true;
     case '7': format = EFileFormat::Pam; return true;
-    case 'f': case 'F': format = EFileFormat::Pfm; return true;
+    case 'f':
+    case 'F': format = EFileFormat::Pfm; return true;
     default: return false;
   }
 }
@@ -267,14 +284,15 @@ bool CanHold(EFileFormat format, EPixelType::ID pixelType, EDataType::ID dataTyp
 std::string DescribeHoldable(EFileFormat format) {
   const SFileFormatInfo& info = InfoOf(format);
   if (info.PixelTypes.empty()) return "nothing written here (read only)";
-  return JoinList(info.PixelTypes, PixelTypeText) + " with " + JoinList(info.DataTypes, DataTypeText) +
-         " samples";
+  return JoinList(info.PixelTypes, PixelTypeText) + " with " +
+         JoinList(info.DataTypes, DataTypeText) + " samples";
 }
 
 void ChooseTarget(EFileFormat format, EPixelType::ID sourcePixelType, EDataType::ID sourceDataType,
                   EPixelType::ID& pixelType, EDataType::ID& dataType) {
   const SFileFormatInfo& info = InfoOf(format);
-  if (info.PixelTypes.empty()) throw CRequestError(std::string(info.Name) + " files are read, not written");
+  if (info.PixelTypes.empty())
+    throw CRequestError(std::string(info.Name) + " files are read, not written");
   int best = -1;
   for (EPixelType::ID candidate : info.PixelTypes) {
     const int score = (candidate == sourcePixelType ? 4 : 0) +
@@ -318,7 +336,8 @@ CZtImageFormat ParseImageFormat(const std::string& text) {
   const std::size_t x = size.find('x');
   const auto extent = [&](const std::string& digits) {
     if (digits.empty() || digits.size() > 10 ||
-        !std::all_of(digits.begin(), digits.end(), [](unsigned char c) { return std::isdigit(c) != 0; })) {
+        !std::all_of(digits.begin(), digits.end(),
+                     [](unsigned char c) { return std::isdigit(c) != 0; })) {
       throw CIoError("bad " + expected);
     }
     const unsigned long long value = std::stoull(digits);
@@ -343,8 +362,8 @@ std::string FormatText(const IImage& image) {
   return FormatText(format);
 }
 
-SFileFacts ReadImageBytes(const std::vector<unsigned char>& bytes, const std::string& name, CZtImage& image,
-                          const SReadOptions& options) {
+SFileFacts ReadImageBytes(const std::vector<unsigned char>& bytes, const std::string& name,
+                          CZtImage& image, const SReadOptions& options) {
   SFileFacts facts;
   try {
     if (options.RawFormat != nullptr) {
@@ -386,7 +405,8 @@ void ReadImageFile(const std::string& path, CZtImage& image, const CZtImageForma
   SReadOptions options;
   if (HasRawExtension(path)) {
     if (rawFormat == nullptr) {
-      throw CIoError(path + ": a .raw file needs its format given, such as \"640x480, BayerGR, UShort\"");
+      throw CIoError(path +
+                     ": a .raw file needs its format given, such as \"640x480, BayerGR, UShort\"");
     }
     options.RawFormat = rawFormat;
   }
@@ -426,13 +446,15 @@ void WriteImage(const std::string& path, EFileFormat format, const IImage& image
   file.Commit();
 }
 
-void WriteImageFile(const std::string& path, const IImage& image) { WriteImage(path, FileFormatOf(path), image); }
+void WriteImageFile(const std::string& path, const IImage& image) {
+  WriteImage(path, FileFormatOf(path), image);
+}
 
 void ConvertImage(const CZtImage& source, CZtImage& target, EPixelType::ID pixelType,
                   EDataType::ID dataType) {
   const CZtImageFormat& format = source.GetFormat();
-  const std::string refused = "cannot convert " + FormatText(source) + " to " + PixelTypeText(pixelType) +
-                              ", " + DataTypeText(dataType);
+  const std::string refused = "cannot convert " + FormatText(source) + " to " +
+                              PixelTypeText(pixelType) + ", " + DataTypeText(dataType);
   try {
     // Conversion addresses the target by the pixel count, past a wrapped block size.
     Detail::BlockBytes(static_cast<unsigned long long>(format.Width),
@@ -462,7 +484,9 @@ EFileFormat CheckRequest(const SConvertRequest& request) {
   }
   if (request.Read.RawFormat == nullptr && HasRawExtension(request.Input)) {
     {
-      throw CRequestError(request.Input + ": a raw file needs its format given, such as \"640x480, BayerGR, UShort\"");
+      throw CRequestError(
+          request.Input +
+          ": a raw file needs its format given, such as \"640x480, BayerGR, UShort\"");
     }
   }
   const EPixelType::ID* pixelType = request.PixelType;
@@ -470,17 +494,19 @@ EFileFormat CheckRequest(const SConvertRequest& request) {
   // The library writes a Bayer layout only as a copy of the same format.
   if (pixelType != nullptr && IsBayer(*pixelType)) {
     const CZtImageFormat* raw = request.Read.RawFormat;
-    if (raw == nullptr || raw->PixelType != *pixelType || (dataType != nullptr && *dataType != raw->DataType)) {
+    if (raw == nullptr || raw->PixelType != *pixelType ||
+        (dataType != nullptr && *dataType != raw->DataType)) {
       throw CRequestError(std::string("a ") + PixelTypeText(*pixelType) +
                           " target is only a copy of a raw input of that layout and sample type");
     }
   }
   const auto refuse = [&](const std::string& what) {
-    throw CRequestError(Shown(request.Output, true) + ": " + FileFormatName(format) + " files hold " +
-                        DescribeHoldable(format) + ", not " + what);
+    throw CRequestError(Shown(request.Output, true) + ": " + FileFormatName(format) +
+                        " files hold " + DescribeHoldable(format) + ", not " + what);
   };
   if (pixelType != nullptr && dataType != nullptr) {
-    if (!CanHold(format, *pixelType, *dataType)) refuse(PixelTypeText(*pixelType) + ", " + DataTypeText(*dataType));
+    if (!CanHold(format, *pixelType, *dataType))
+      refuse(PixelTypeText(*pixelType) + ", " + DataTypeText(*dataType));
   } else if (pixelType != nullptr && !HoldsLayout(format, *pixelType)) {
     refuse(PixelTypeText(*pixelType));
   } else if (dataType != nullptr && !HoldsDataType(format, *dataType)) {
@@ -499,7 +525,8 @@ SConversion ConvertFile(const SConvertRequest& request) {
                conversion.Target.PixelType, conversion.Target.DataType);
   if (request.PixelType != nullptr) conversion.Target.PixelType = *request.PixelType;
   if (request.DataType != nullptr) conversion.Target.DataType = *request.DataType;
-  CheckHoldable(request.Output, outputFormat, conversion.Target.PixelType, conversion.Target.DataType);
+  CheckHoldable(request.Output, outputFormat, conversion.Target.PixelType,
+                conversion.Target.DataType);
   if (conversion.Target == conversion.Source) {
     WriteImage(request.Output, outputFormat, source);
   } else {

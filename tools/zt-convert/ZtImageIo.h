@@ -27,8 +27,8 @@
 // Samples are taken as stored: no gamma, no colour management. Failures are
 // CIoError, whose what() is one line naming the file.
 
-#include <stdexcept>
 #include <cstdio>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -96,9 +96,8 @@ std::string DescribeHoldable(EFileFormat format);
 // the source's own types where the file holds them; else the holdable layout
 // that keeps colour and alpha best, and UShort for sources wider than 8 bits
 // (UByte otherwise) or Float for PFM.
-void ChooseTarget(EFileFormat format, EPixelType::ID sourcePixelType,
-                  EDataType::ID sourceDataType, EPixelType::ID& pixelType,
-                  EDataType::ID& dataType);
+void ChooseTarget(EFileFormat format, EPixelType::ID sourcePixelType, EDataType::ID sourceDataType,
+                  EPixelType::ID& pixelType, EDataType::ID& dataType);
 
 // Layout and sample type names as the library displays them ("BayerGR",
 // "UShort"), matched without regard to case. Throw CIoError for others.
@@ -125,8 +124,8 @@ struct SFileFacts {
 };
 
 // Reads an image held in memory; name is for the extension and messages.
-SFileFacts ReadImageBytes(const std::vector<unsigned char>& bytes, const std::string& name, CZtImage& image,
-                          const SReadOptions& options);
+SFileFacts ReadImageBytes(const std::vector<unsigned char>& bytes, const std::string& name,
+                          CZtImage& image, const SReadOptions& options);
 // Reads a file ("-": standard input) into image, in the layout and sample
 // type the file holds.
 SFileFacts ReadImage(const std::string& path, CZtImage& image, const SReadOptions& options);

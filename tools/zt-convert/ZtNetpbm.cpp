@@ -4,8 +4,8 @@
 //
 // Binary integer samples are big-endian, 8 bits for a maxval up to 255 and
 // 16 bits above; plain ones are decimal text. A bitmap stores 1 for black
-// and reads as Lum UByte, black 0 and white 255. PFM samples are 32-bit floats whose byte order the sign of the scale
-// gives (negative: little-endian), and its rows run from the bottom up.
+// and reads as Lum UByte, black 0 and white 255. PFM samples are 32-bit floats whose byte order the
+// sign of the scale gives (negative: little-endian), and its rows run from the bottom up.
 
 #include <cctype>
 #include <cerrno>
@@ -25,18 +25,20 @@ namespace {
 struct SNetpbmHeader {
   unsigned long long Width = 0;
   unsigned long long Height = 0;
-  unsigned Depth = 0;              // samples per pixel
-  unsigned long long MaxVal = 0;   // integer files
+  unsigned Depth = 0;             // samples per pixel
+  unsigned long long MaxVal = 0;  // integer files
   bool IsFloat = false;
   bool FloatBigEndian = false;
-  bool Plain = false;              // samples as decimal text (P1, P2, P3)
-  char Magic = 0;                  // the character after 'P'
-  std::string Scale;               // PFM
-  std::string TupleType;           // PAM
+  bool Plain = false;     // samples as decimal text (P1, P2, P3)
+  char Magic = 0;         // the character after 'P'
+  std::string Scale;      // PFM
+  std::string TupleType;  // PAM
   std::size_t DataOffset = 0;
 };
 
-bool IsSpace(unsigned char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f'; }
+bool IsSpace(unsigned char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
+}
 
 // Reads the text header of a netpbm file.
 class CHeaderReader {
@@ -131,7 +133,8 @@ void ParsePamHeader(CHeaderReader& reader, SNetpbmHeader& header) {
     while (start < line.size() && IsSpace(static_cast<unsigned char>(line[start]))) ++start;
     if (start == line.size() || line[start] == '#') continue;
     std::size_t end = line.find_first_of(" \t\r", start);
-    const std::string key = line.substr(start, end == std::string::npos ? std::string::npos : end - start);
+    const std::string key =
+        line.substr(start, end == std::string::npos ? std::string::npos : end - start);
     std::string value;
     if (end != std::string::npos) {
       std::size_t first = line.find_first_not_of(" \t\r", end);
@@ -139,12 +142,18 @@ void ParsePamHeader(CHeaderReader& reader, SNetpbmHeader& header) {
       if (first != std::string::npos) value = line.substr(first, last - first + 1);
     }
     if (key == "ENDHDR") break;
-    if (key == "WIDTH") header.Width = ParseField(value, "width", kMaxExtent);
-    else if (key == "HEIGHT") header.Height = ParseField(value, "height", kMaxExtent);
-    else if (key == "DEPTH") header.Depth = static_cast<unsigned>(ParseField(value, "depth", 4));
-    else if (key == "MAXVAL") header.MaxVal = ParseField(value, "maxval", 65535);
-    else if (key == "TUPLTYPE") tupleType += (tupleType.empty() ? "" : " ") + value;
-    else throw CIoError("unknown PAM header line '" + line + "'");
+    if (key == "WIDTH")
+      header.Width = ParseField(value, "width", kMaxExtent);
+    else if (key == "HEIGHT")
+      header.Height = ParseField(value, "height", kMaxExtent);
+    else if (key == "DEPTH")
+      header.Depth = static_cast<unsigned>(ParseField(value, "depth", 4));
+    else if (key == "MAXVAL")
+      header.MaxVal = ParseField(value, "maxval", 65535);
+    else if (key == "TUPLTYPE")
+      tupleType += (tupleType.empty() ? "" : " ") + value;
+    else
+      throw CIoError("unknown PAM header line '" + line + "'");
   }
   if (header.Width == 0 || header.Height == 0 || header.Depth == 0 || header.MaxVal == 0) {
     throw CIoError("PAM header lacks WIDTH, HEIGHT, DEPTH or MAXVAL");
@@ -167,7 +176,8 @@ void ParsePfmHeader(CHeaderReader& reader, SNetpbmHeader& header) {
   char* end = nullptr;
   errno = 0;
   const double scale = std::strtod(scaleText.c_str(), &end);
-  if (end == scaleText.c_str() || *end != '\0' || errno != 0 || scale == 0.0 || !std::isfinite(scale)) {
+  if (end == scaleText.c_str() || *end != '\0' || errno != 0 || scale == 0.0 ||
+      !std::isfinite(scale)) {
     throw CIoError("bad PFM scale '" + scaleText + "'");
   }
   header.FloatBigEndian = scale > 0.0;
@@ -188,15 +198,44 @@ SNetpbmHeader ParseHeader(const CBytes& file) {
   header.Magic = static_cast<char>(file[1]);
   CHeaderReader reader(file, 2);
   switch (header.Magic) {
-    case '1': header.Depth = 1; header.Plain = true; ParseBitmapHeader(reader, header); break;
-    case '4': header.Depth = 1; ParseBitmapHeader(reader, header); break;
-    case '2': header.Depth = 1; header.Plain = true; ParsePlainHeader(reader, header); break;
-    case '5': header.Depth = 1; ParsePlainHeader(reader, header); break;
-    case '3': header.Depth = 3; header.Plain = true; ParsePlainHeader(reader, header); break;
-    case '6': header.Depth = 3; ParsePlainHeader(reader, header); break;
+    case '1':
+      header.Depth = 1;
+      header.Plain = true;
+      ParseBitmapHeader(reader, header);
+      break;
+    case '4':
+      header.Depth = 1;
+      ParseBitmapHeader(reader, header);
+      break;
+    case '2':
+      header.Depth = 1;
+      header.Plain = true;
+      ParsePlainHeader(reader, header);
+      break;
+    case '5':
+      header.Depth = 1;
+      ParsePlainHeader(reader, header);
+      break;
+    case '3':
+      header.Depth = 3;
+      header.Plain = true;
+      ParsePlainHeader(reader, header);
+      break;
+    case '6':
+      header.Depth = 3;
+      ParsePlainHeader(reader, header);
+      break;
     case '7': ParsePamHeader(reader, header); break;
-    case 'f': header.Depth = 1; header.IsFloat = true; ParsePfmHeader(reader, header); break;
-    case 'F': header.Depth = 3; header.IsFloat = true; ParsePfmHeader(reader, header); break;
+    case 'f':
+      header.Depth = 1;
+      header.IsFloat = true;
+      ParsePfmHeader(reader, header);
+      break;
+    case 'F':
+      header.Depth = 3;
+      header.IsFloat = true;
+      ParsePfmHeader(reader, header);
+      break;
     default: throw CIoError("not a netpbm file (bad magic)");
   }
   header.DataOffset = reader.Position();
@@ -291,7 +330,8 @@ private:
 // Integer samples into an image of T, each checked against maxval and
 // rescaled to the full range of T.
 template <class T>
-void ReadIntegerSamples(const CBytes& file, const SNetpbmHeader& header, unsigned sampleBytes, CZtImage& image) {
+void ReadIntegerSamples(const CBytes& file, const SNetpbmHeader& header, unsigned sampleBytes,
+                        CZtImage& image) {
   constexpr unsigned long long full = std::numeric_limits<T>::max();
   CSampleSource source(file, header, sampleBytes);
   auto* out = static_cast<T*>(image.GetDataPtr());
@@ -299,9 +339,11 @@ void ReadIntegerSamples(const CBytes& file, const SNetpbmHeader& header, unsigne
   for (std::size_t i = 0; i < count; ++i) {
     const unsigned long long value = source.Next();
     if (value > header.MaxVal) {
-      throw CIoError("sample " + std::to_string(value) + " above maxval " + std::to_string(header.MaxVal));
+      throw CIoError("sample " + std::to_string(value) + " above maxval " +
+                     std::to_string(header.MaxVal));
     }
-    out[i] = static_cast<T>(header.MaxVal == full ? value : (value * full + header.MaxVal / 2) / header.MaxVal);
+    out[i] = static_cast<T>(
+        header.MaxVal == full ? value : (value * full + header.MaxVal / 2) / header.MaxVal);
   }
 }
 
@@ -319,7 +361,8 @@ void ReadFloatRows(const unsigned char* data, const SNetpbmHeader& header, CZtIm
 }
 
 template <class T>
-void WriteRows(const IImage& image, unsigned depth, bool bigEndian, bool bottomUp, std::FILE* file) {
+void WriteRows(const IImage& image, unsigned depth, bool bigEndian, bool bottomUp,
+               std::FILE* file) {
   int width = 0, height = 0;
   image.GetSize(width, height);
   const std::size_t rowSamples = static_cast<std::size_t>(width) * depth;
@@ -348,10 +391,11 @@ const char* PamTupleType(EPixelType::ID layout) {
 
 }  // namespace
 
-void ReadNetpbm(const CBytes& file, unsigned long long maxPixels, CZtImage& image, std::string& details) {
+void ReadNetpbm(const CBytes& file, unsigned long long maxPixels, CZtImage& image,
+                std::string& details) {
   const SNetpbmHeader header = ParseHeader(file);
   const unsigned sampleBytes = header.IsFloat ? 4u : header.MaxVal > 255 ? 2u : 1u;
-  const EDataType::ID dataType = header.IsFloat      ? EDataType::Float
+  const EDataType::ID dataType = header.IsFloat     ? EDataType::Float
                                  : sampleBytes == 2 ? EDataType::UShort
                                                     : EDataType::UByte;
   const EPixelType::ID pixelType = LayoutOfDepth(header.Depth);
@@ -361,18 +405,21 @@ void ReadNetpbm(const CBytes& file, unsigned long long maxPixels, CZtImage& imag
   const unsigned long long needed = LeastPixelBytes(header, sampleBytes);
   const unsigned long long present = file.size() - header.DataOffset;
   if (present < needed) {
-    throw CIoError("file is truncated: " + std::to_string(present) + " of " + std::to_string(needed) +
-                   " bytes of pixels");
+    throw CIoError("file is truncated: " + std::to_string(present) + " of " +
+                   std::to_string(needed) + " bytes of pixels");
   }
   CreateForFile(image, header.Width, header.Height, pixelType, dataType);
   switch (dataType) {
     case EDataType::Float: ReadFloatRows(file.data() + header.DataOffset, header, image); break;
-    case EDataType::UShort: ReadIntegerSamples<unsigned short>(file, header, sampleBytes, image); break;
+    case EDataType::UShort:
+      ReadIntegerSamples<unsigned short>(file, header, sampleBytes, image);
+      break;
     default: ReadIntegerSamples<unsigned char>(file, header, sampleBytes, image); break;
   }
   details = std::string("magic=P") + header.Magic;
   if (header.IsFloat) {
-    details += " scale=" + header.Scale + (header.FloatBigEndian ? " byte-order=big" : " byte-order=little");
+    details += " scale=" + header.Scale +
+               (header.FloatBigEndian ? " byte-order=big" : " byte-order=little");
   } else if (!IsBitmap(header)) {
     details += " maxval=" + std::to_string(header.MaxVal);
   }
@@ -392,11 +439,13 @@ void WriteNetpbm(EFileFormat format, const IImage& image, std::FILE* file) {
     case EFileFormat::Pgm:
     case EFileFormat::Ppm:
     case EFileFormat::Pnm:
-      written = std::fprintf(file, "P%c\n%d %d\n%u\n", depth == 1 ? '5' : '6', width, height, maxVal);
+      written =
+          std::fprintf(file, "P%c\n%d %d\n%u\n", depth == 1 ? '5' : '6', width, height, maxVal);
       break;
     case EFileFormat::Pam:
-      written = std::fprintf(file, "P7\nWIDTH %d\nHEIGHT %d\nDEPTH %u\nMAXVAL %u\nTUPLTYPE %s\nENDHDR\n",
-                             width, height, depth, maxVal, PamTupleType(pixelType));
+      written =
+          std::fprintf(file, "P7\nWIDTH %d\nHEIGHT %d\nDEPTH %u\nMAXVAL %u\nTUPLTYPE %s\nENDHDR\n",
+                       width, height, depth, maxVal, PamTupleType(pixelType));
       break;
     default:
       // Always little-endian, which the negative scale declares.

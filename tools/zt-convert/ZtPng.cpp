@@ -163,7 +163,8 @@ const char* ColourName(int colorType) {
 
 }  // namespace
 
-void ReadPng(const CBytes& file, unsigned long long maxPixels, CZtImage& image, std::string& details) {
+void ReadPng(const CBytes& file, unsigned long long maxPixels, CZtImage& image,
+             std::string& details) {
   if (file.size() < 8 || png_sig_cmp(file.data(), 0, 8) != 0) {
     throw CIoError("not a PNG file (bad magic)");
   }
@@ -177,7 +178,8 @@ void ReadPng(const CBytes& file, unsigned long long maxPixels, CZtImage& image, 
   if (!ReadPngHeader(structs.Png(), structs.Info(), &header)) throw CIoError(state.Message);
   static constexpr EPixelType::ID kLayouts[] = {EPixelType::Lum, EPixelType::LumA, EPixelType::RGB,
                                                 EPixelType::RGBA};
-  if (header.Channels < 1 || header.Channels > 4 || (header.BitDepth != 8 && header.BitDepth != 16)) {
+  if (header.Channels < 1 || header.Channels > 4 ||
+      (header.BitDepth != 8 && header.BitDepth != 16)) {
     throw CIoError("unsupported PNG layout");
   }
   CheckPixelCount(header.Width, header.Height, maxPixels);
@@ -185,19 +187,23 @@ void ReadPng(const CBytes& file, unsigned long long maxPixels, CZtImage& image, 
   // the file's bytes can inflate to.
   const unsigned long long leastInflated =
       (static_cast<unsigned long long>(header.Width) * static_cast<unsigned>(header.FileChannels) *
-           static_cast<unsigned>(header.FileBitDepth) + 7) / 8 *
-      header.Height;
+           static_cast<unsigned>(header.FileBitDepth) +
+       7) /
+      8 * header.Height;
   if (leastInflated / kMaxDeflateRatio >= file.size()) {
-    throw CIoError("declares " + std::to_string(header.Width) + "x" + std::to_string(header.Height) +
-                   " pixels, more than its " + std::to_string(file.size()) + " bytes can hold");
+    throw CIoError("declares " + std::to_string(header.Width) + "x" +
+                   std::to_string(header.Height) + " pixels, more than its " +
+                   std::to_string(file.size()) + " bytes can hold");
   }
   const EDataType::ID dataType = header.BitDepth == 16 ? EDataType::UShort : EDataType::UByte;
   CreateForFile(image, header.Width, header.Height, kLayouts[header.Channels - 1], dataType);
 
-  std::vector<png_bytep> rows = RowPointers(image.GetDataPtr(), header.Height,
-                                            static_cast<std::size_t>(image.GetBytesPerPixel()) * header.Width);
+  std::vector<png_bytep> rows =
+      RowPointers(image.GetDataPtr(), header.Height,
+                  static_cast<std::size_t>(image.GetBytesPerPixel()) * header.Width);
   if (!ReadPngRows(structs.Png(), structs.Info(), rows.data())) throw CIoError(state.Message);
-  details = "bit-depth=" + std::to_string(header.FileBitDepth) + " colour=" + ColourName(header.ColorType) +
+  details = "bit-depth=" + std::to_string(header.FileBitDepth) +
+            " colour=" + ColourName(header.ColorType) +
             " interlace=" + (header.Interlace == PNG_INTERLACE_ADAM7 ? "adam7" : "none") +
             " transparency=" + (header.Transparency ? "trns" : "none");
 }
@@ -225,9 +231,11 @@ void WritePng(const IImage& image, std::FILE* file) {
   SPngState state;
   CPngStructs structs(true, &state);
   png_init_io(structs.Png(), file);
-  std::vector<png_bytep> rows = RowPointers(image.GetDataPtr(), layout.Height,
-                                            static_cast<std::size_t>(image.GetBytesPerPixel()) * layout.Width);
-  if (!WritePngRows(structs.Png(), structs.Info(), &layout, rows.data())) throw CIoError(state.Message);
+  std::vector<png_bytep> rows =
+      RowPointers(image.GetDataPtr(), layout.Height,
+                  static_cast<std::size_t>(image.GetBytesPerPixel()) * layout.Width);
+  if (!WritePngRows(structs.Png(), structs.Info(), &layout, rows.data()))
+    throw CIoError(state.Message);
 }
 
 }  // namespace Detail
