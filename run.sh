@@ -4,8 +4,10 @@
 #
 #   ./run.sh demo   build the library and run the demo program, which writes
 #                   its pictures to build/gcc/demo-output/
-#   ./run.sh test   build with GCC, with Clang, and with Clang under Address-,
-#                   Leak- and UndefinedBehaviorSanitizer, warnings as errors,
+#   ./run.sh test   check that the C++ sources keep the layout of
+#                   .clang-format; build with GCC, with Clang, and with
+#                   Clang under Address-, Leak- and UndefinedBehaviorSanitizer,
+#                   warnings as errors,
 #                   and run every test suite in each build: in the GCC build
 #                   under valgrind's memcheck too, in the sanitizer build the
 #                   fuzzers for 45 seconds each (the file readers' for 25);
@@ -24,7 +26,7 @@ cd "$(dirname "$0")"
 # Debian packages the build and the tests need.
 PACKAGES=(cmake ninja-build g++ clang binutils libgtest-dev libgmock-dev libbenchmark-dev
           pkgconf libpng-dev doxygen valgrind libclang-rt-14-dev dpkg-dev lintian
-          g++-aarch64-linux-gnu qemu-user googletest
+          g++-aarch64-linux-gnu qemu-user googletest clang-format-14
           python3-dev pybind11-dev python3-numpy python3-pytest python3-dask python3-distributed)
 # The conversion benchmark's, OpenCV among them for comparison; never needed
 # by the library or its tests.
@@ -46,6 +48,16 @@ ensure_packages() {
   DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
+# check_format: fails, naming them, on C++ sources that clang-format-14
+# would lay out otherwise than they are.
+check_format() {
+  local files=()
+  mapfile -t files < <(find source tests bench examples fuzz python tools -type f \
+                         \( -name '*.cpp' -o -name '*.h' \) | sort)
+  clang-format-14 --dry-run --Werror "${files[@]}"
+  echo "The ${#files[@]} C++ sources keep the layout of .clang-format."
+}
+
 case "${1:-}" in
   demo)
     ensure_packages
@@ -57,6 +69,7 @@ case "${1:-}" in
     ;;
   test)
     ensure_packages
+    check_format
     cmake --workflow --preset gcc
     cmake --workflow --preset clang
     cmake --workflow --preset asan
