@@ -14,4 +14,6 @@ struct ZtArray2DNames<double> {
 
 template class CZtArray2DWrapper<double>;
 
+CZtArray2DDouble::~CZtArray2DDouble() = default;
+
 }  // namespace Zt

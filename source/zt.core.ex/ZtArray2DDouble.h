@@ -11,6 +11,9 @@ extern template class CZtArray2DWrapper<double>;
 class ZT_CORE_EX_API CZtArray2DDouble : public CZtArray2DWrapper<double> {
 public:
   using CZtArray2DWrapper::CZtArray2DWrapper;
+  // Out of line, so that the vtable and type information live in the
+  // library rather than in every client.
+  ~CZtArray2DDouble() override;
 };
 
 }  // namespace Zt

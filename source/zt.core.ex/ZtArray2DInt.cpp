@@ -14,4 +14,6 @@ struct ZtArray2DNames<int> {
 
 template class CZtArray2DWrapper<int>;
 
+CZtArray2DInt::~CZtArray2DInt() = default;
+
 }  // namespace Zt

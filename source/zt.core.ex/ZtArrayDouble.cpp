@@ -14,4 +14,6 @@ struct ZtArrayNames<double> {
 
 template class CZtArrayWrapper<double>;
 
+CZtArrayDouble::~CZtArrayDouble() = default;
+
 }  // namespace Zt

@@ -11,6 +11,9 @@ extern template class CZtArrayWrapper<double>;
 class ZT_CORE_EX_API CZtArrayDouble : public CZtArrayWrapper<double> {
 public:
   using CZtArrayWrapper::CZtArrayWrapper;
+  // Out of line, so that the vtable and type information live in the
+  // library rather than in every client.
+  ~CZtArrayDouble() override;
 };
 
 }  // namespace Zt

@@ -14,4 +14,6 @@ struct ZtArrayNames<int> {
 
 template class CZtArrayWrapper<int>;
 
+CZtArrayInt::~CZtArrayInt() = default;
+
 }  // namespace Zt

@@ -11,6 +11,9 @@ extern template class CZtArrayWrapper<int>;
 class ZT_CORE_EX_API CZtArrayInt : public CZtArrayWrapper<int> {
 public:
   using CZtArrayWrapper::CZtArrayWrapper;
+  // Out of line, so that the vtable and type information live in the
+  // library rather than in every client.
+  ~CZtArrayInt() override;
 };
 
 }  // namespace Zt

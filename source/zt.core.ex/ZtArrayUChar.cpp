@@ -14,4 +14,6 @@ struct ZtArrayNames<unsigned char> {
 
 template class CZtArrayWrapper<unsigned char>;
 
+CZtArrayUChar::~CZtArrayUChar() = default;
+
 }  // namespace Zt

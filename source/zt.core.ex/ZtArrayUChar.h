@@ -11,6 +11,9 @@ extern template class CZtArrayWrapper<unsigned char>;
 class ZT_CORE_EX_API CZtArrayUChar : public CZtArrayWrapper<unsigned char> {
 public:
   using CZtArrayWrapper::CZtArrayWrapper;
+  // Out of line, so that the vtable and type information live in the
+  // library rather than in every client.
+  ~CZtArrayUChar() override;
 };
 
 }  // namespace Zt

@@ -14,4 +14,6 @@ struct ZtArrayNames<unsigned int> {
 
 template class CZtArrayWrapper<unsigned int>;
 
+CZtArrayUInt::~CZtArrayUInt() = default;
+
 }  // namespace Zt

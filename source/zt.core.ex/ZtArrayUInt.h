@@ -11,6 +11,9 @@ extern template class CZtArrayWrapper<unsigned int>;
 class ZT_CORE_EX_API CZtArrayUInt : public CZtArrayWrapper<unsigned int> {
 public:
   using CZtArrayWrapper::CZtArrayWrapper;
+  // Out of line, so that the vtable and type information live in the
+  // library rather than in every client.
+  ~CZtArrayUInt() override;
 };
 
 }  // namespace Zt

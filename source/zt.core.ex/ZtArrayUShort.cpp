@@ -14,4 +14,6 @@ struct ZtArrayNames<unsigned short> {
 
 template class CZtArrayWrapper<unsigned short>;
 
+CZtArrayUShort::~CZtArrayUShort() = default;
+
 }  // namespace Zt

@@ -11,6 +11,9 @@ extern template class CZtArrayWrapper<unsigned short>;
 class ZT_CORE_EX_API CZtArrayUShort : public CZtArrayWrapper<unsigned short> {
 public:
   using CZtArrayWrapper::CZtArrayWrapper;
+  // Out of line, so that the vtable and type information live in the
+  // library rather than in every client.
+  ~CZtArrayUShort() override;
 };
 
 }  // namespace Zt

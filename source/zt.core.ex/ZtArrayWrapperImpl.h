@@ -46,7 +46,10 @@ CZtArrayWrapper<T>::CZtArrayWrapper(unsigned long long length, const T& value)
 
 template <class T>
 CZtArrayWrapper<T>::CZtArrayWrapper(const CZtArrayWrapper& other) : IMemory(), m_pBaseRef(nullptr) {
-  m_pBaseRef = new CZtArrayBase<T>(other.Ref(Detail::ZtArrayNames<T>::Class));
+  // The source is checked before anything is allocated: a new-expression
+  // allocates before it evaluates its arguments.
+  const CZtArrayBase<T>& source = other.Ref(Detail::ZtArrayNames<T>::Class);
+  m_pBaseRef = new CZtArrayBase<T>(source);
 }
 
 template <class T>

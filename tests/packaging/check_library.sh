@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Checks a built Zt.Core.Ex:
 #  1. its dynamic symbol table exposes none of the internal classes;
-#  2. it carries no static-initialisation code of its own (loading it runs
+#  2. the vtable and type information of each exported polymorphic class
+#     are exported;
+#  3. it carries no static-initialisation code of its own (loading it runs
 #     nothing of ours: the only .init_array entry is the toolchain's
 #     frame_dummy, and no compiler-made initialiser function exists).
 set -euo pipefail
@@ -27,6 +29,23 @@ for name in "${internal[@]}"; do
     sed 's/^/    /' <<<"$leaks" | head -5
     status=1
   fi
+done
+
+# Exported polymorphic classes: each has an out-of-line virtual member, so
+# that its vtable and type information are defined, and exported, by the
+# library alone rather than made again in every client.
+polymorphic=(
+  CZtArrayDouble CZtArrayInt CZtArrayUChar CZtArrayUInt CZtArrayUShort CZtArray2DDouble
+  CZtArray2DInt CZtArrayString CZtImage CZtImageMoniker CZtMetricCalibResult
+  CZtMetricCalibAddImageResult
+)
+for name in "${polymorphic[@]}"; do
+  for what in vtable typeinfo; do
+    if ! grep -qE -- "^[0-9a-f]+ [A-Za-z] ${what} for Zt::${name}\$" <<<"$symbols"; then
+      echo "the ${what} of Zt::${name} is not exported"
+      status=1
+    fi
+  done
 done
 
 if nm "$lib" 2>/dev/null | grep -E '_GLOBAL__(sub_)?I_' >/dev/null; then

@@ -23,6 +23,7 @@
 #include "ZtAllocFail.h"
 #include "ZtChain.h"
 #include "ZtCoreEx.h"
+#include "ZtHollowArray.h"
 #include "ZtParMap.h"
 
 using Zt::CZtString;
@@ -285,6 +286,23 @@ TEST(AllocationSweep, NumericArrays) {
   SweepNumeric<Zt::CZtArrayUChar, unsigned char>("unsigned char");
   SweepNumeric<Zt::CZtArrayUInt, unsigned int>("unsigned int");
   SweepNumeric<Zt::CZtArrayUShort, unsigned short>("unsigned short");
+}
+
+// A copy of an array without its implementation object finds it missing
+// before it allocates one of its own, so that under exhausted memory it
+// reports the missing object rather than the allocation. It allocates what
+// any call that finds the object missing allocates for its exception:
+// GetElementSize's, whose name is as long as the copy constructor's, makes
+// the same strings. (The five arrays share one template.)
+TEST(AllocationSweep, TheCopyOfANumericArrayChecksItsSourceBeforeItAllocates) {
+  ZtTest::Hollow<Zt::CZtArrayDouble> hollow;
+  Attempt copying, reading;
+  copying([&] { Zt::CZtArrayDouble copy(hollow); });
+  reading([&] { (void)hollow.GetElementSize(); });
+  ASSERT_EQ(copying.Result().what, Outcome::Raised);
+  for (AllocKind kind : kKinds) {
+    EXPECT_EQ(copying.Calls(kind), reading.Calls(kind)) << KindName(kind);
+  }
 }
 
 // --- String arrays -------------------------------------------------------------
