@@ -4,7 +4,7 @@
 // The operations of the vector rule (ZtSampleVector.h) for AVX2 with FMA:
 // four doubles, eight floats or sixteen 16-bit integers at a time.
 //
-// Internal: included only by the conversion cells and their tests.
+// Internal: included only by the conversion cells.
 
 #include <immintrin.h>
 

@@ -7,7 +7,7 @@
 // undefined register, which GCC 12 warns about in the plain forms; the full
 // mask costs nothing.
 //
-// Internal: included only by the conversion cells and their tests.
+// Internal: included only by the conversion cells.
 
 #include <immintrin.h>
 

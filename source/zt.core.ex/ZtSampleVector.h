@@ -3,9 +3,10 @@
 // per instruction set.
 //
 // No include guard: an instruction set's header (ZtSampleAvx2.h,
-// ZtSampleAvx512.h) opens a namespace of its own, defines there the vector
-// types and the few operations below, and the macro ZT_VECTOR (the function
-// attributes that compile for it), and includes this file inside. The rule's
+// ZtSampleAvx512.h, ZtSampleNeon.h) opens a namespace of its own, defines
+// there the vector types and the few operations below, and the macros
+// ZT_VECTOR and ZT_VECTOR_RUN (the function attributes that compile for
+// it), and includes this file inside. The rule's
 // steps are the same IEEE operations as the scalar rule's, each rounded the
 // same way, so every instruction set gives the scalar rule's bits; the tests
 // hold each of them against an independent reference.
