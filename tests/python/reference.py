@@ -1,51 +1,31 @@
-"""A NumPy statement of the conversion rules, written apart from the engine.
-
-Samples: an integer sample is a fixed-point number, -1..1 for the signed
-types and 0..1 for the unsigned ones; float32 and float64 hold that value
-itself. A sample passes through a float64 on the way, and stores truncate.
-Channels: pure selection. Colour to grey keeps red, grey to colour repeats,
-a missing alpha becomes the top of the target's range, Bayer reads as grey.
-"""
+"""The conversion rules in NumPy, apart from the engine: integer samples are fixed-point (-1..1
+signed, 0..1 unsigned), floats the value itself, through a float64, truncated on store. Colour to
+grey keeps red, grey to colour repeats, a missing alpha is the target's top, Bayer reads as grey."""
 
 import numpy as np
 
 DTYPES = [np.int8, np.uint8, np.int16, np.uint16, np.int32, np.uint32, np.float32, np.float64]
+# (positive scale, negative scale) of the integer types; an unsigned type's two are the same.
+_SCALES = {np.dtype(t): (float(np.iinfo(t).max), float(-np.iinfo(t).min or np.iinfo(t).max))
+           for t in DTYPES[:6]}
 
-# (positive scale, negative scale) of the signed types, scale of the unsigned.
-_SIGNED = {np.dtype(np.int8): (127.0, 128.0), np.dtype(np.int16): (32767.0, 32768.0),
-           np.dtype(np.int32): (2147483647.0, 2147483648.0)}
-_UNSIGNED = {np.dtype(np.uint8): 255.0, np.dtype(np.uint16): 65535.0,
-             np.dtype(np.uint32): 4294967295.0}
-
-# Where red, green, blue and alpha sit in a source pixel.
-SOURCE_ROLES = {
-    "RGB": {"r": 0, "g": 1, "b": 2},
-    "RGBA": {"r": 0, "g": 1, "b": 2, "a": 3},
-    "BGR": {"r": 2, "g": 1, "b": 0},
-    "BGRA": {"r": 2, "g": 1, "b": 0, "a": 3},
-    "Lum": {"r": 0, "g": 0, "b": 0},
-    "LumA": {"r": 0, "g": 0, "b": 0, "a": 1},
-}
-for _bayer in ("BayerRG", "BayerBG", "BayerGR", "BayerGB"):
-    SOURCE_ROLES[_bayer] = SOURCE_ROLES["Lum"]
-
-# The roles of a target pixel's samples in memory order; grey is red.
+# Where red, green, blue and alpha sit in a source pixel, and the roles of a target pixel's
+# samples in memory order (grey is red).
+_RGB, _BGR, _GREY = {"r": 0, "g": 1, "b": 2}, {"r": 2, "g": 1, "b": 0}, {"r": 0, "g": 0, "b": 0}
+BAYERS = ["BayerRG", "BayerBG", "BayerGR", "BayerGB"]
+SOURCE_ROLES = {"RGB": _RGB, "RGBA": dict(_RGB, a=3), "BGR": _BGR, "BGRA": dict(_BGR, a=3),
+                "Lum": _GREY, "LumA": dict(_GREY, a=1), **{bayer: _GREY for bayer in BAYERS}}
 TARGET_ROLES = {"RGB": "rgb", "RGBA": "rgba", "BGR": "bgr", "BGRA": "bgra", "Lum": "r", "LumA": "ra"}
-
-SAMPLES = {"RGB": 3, "RGBA": 4, "BGR": 3, "BGRA": 4, "Lum": 1, "LumA": 2,
-           "BayerRG": 1, "BayerBG": 1, "BayerGR": 1, "BayerGB": 1}
+SAMPLES = {layout: len(TARGET_ROLES.get(layout, "r")) for layout in SOURCE_ROLES}
 
 
 def decode(samples):
     """The normalised float64 value of each sample."""
-    kind = samples.dtype
     x = samples.astype(np.float64)
-    if kind in _SIGNED:
-        positive, negative = _SIGNED[kind]
-        return np.where(x > 0, x / positive, x / negative)
-    if kind in _UNSIGNED:
-        return x / _UNSIGNED[kind]
-    return x
+    if samples.dtype not in _SCALES:
+        return x
+    positive, negative = _SCALES[samples.dtype]
+    return np.where(x > 0, x / positive, x / negative)
 
 
 def encode(x, dtype):
@@ -54,31 +34,16 @@ def encode(x, dtype):
     if dtype.kind == "f":
         with np.errstate(over="ignore"):
             return x.astype(dtype)
-    nan = np.isnan(x)
-    if dtype in _SIGNED:
-        positive, negative = _SIGNED[dtype]
-        y = np.where(x > 0, x * positive, x * negative)
-        high, low = y > positive, (-negative > y) & ~(y > positive)
-        # A NaN truncates to the integer with only its top bit set: the lowest
-        # int32, whose low 8 and 16 bits are 0.
-        nan_value = np.iinfo(np.int32).min if dtype == np.int32 else 0
-        top, bottom = np.iinfo(dtype).max, np.iinfo(dtype).min
-    else:
-        scale = _UNSIGNED[dtype]
-        y = x * scale
-        high, low = y > scale, (0 > y) & ~(y > scale)
-        nan_value, top, bottom = 0, np.iinfo(dtype).max, 0
+    (positive, negative), info, nan = _SCALES[dtype], np.iinfo(dtype), np.isnan(x)
+    y = np.where(x > 0, x * positive, x * negative)
+    high = y > positive
+    low = (float(info.min) > y) & ~high
     result = np.zeros(x.shape, np.int64)
     inside = ~(high | low | nan)
     result[inside] = np.trunc(y[inside]).astype(np.int64)
-    result[high], result[low], result[nan] = top, bottom, nan_value
+    # A NaN truncates to the lowest int32, whose low 8 and 16 bits are 0.
+    result[high], result[low], result[nan] = info.max, info.min, info.min if dtype == np.int32 else 0
     return result.astype(dtype)
-
-
-def convert_samples(samples, dtype):
-    if samples.dtype == np.dtype(dtype):
-        return samples.copy()
-    return encode(decode(samples), dtype)
 
 
 def alpha_fill(dtype):
@@ -89,21 +54,18 @@ def alpha_fill(dtype):
 def convert(source, source_layout, target_layout, target_dtype):
     """The expected result of one conversion of an (H, W[, C]) array."""
     pixels = source.reshape(source.shape[0], source.shape[1], -1)
-    converted = convert_samples(pixels, target_dtype)
+    same = pixels.dtype == np.dtype(target_dtype)
+    converted = pixels.copy() if same else encode(decode(pixels), target_dtype)
     roles = SOURCE_ROLES[source_layout]
-    channels = []
-    for role in TARGET_ROLES[target_layout]:
-        if role in roles:
-            channels.append(converted[:, :, roles[role]])
-        else:
-            channels.append(np.full(pixels.shape[:2], alpha_fill(target_dtype), target_dtype))
+    channels = [converted[:, :, roles[role]] if role in roles else
+                np.full(pixels.shape[:2], alpha_fill(target_dtype), target_dtype)
+                for role in TARGET_ROLES[target_layout]]
     result = np.stack(channels, axis=2)
     return result[:, :, 0] if len(channels) == 1 else result
 
 
 def random_image(rng, layout, dtype, height=3, width=5):
-    """Random samples over the whole range, with the extremes and, for the
-    float types, the special values planted first."""
+    """Random samples over the whole range, the extremes and special float values planted first."""
     dtype = np.dtype(dtype)
     shape = (height, width) if SAMPLES[layout] == 1 else (height, width, SAMPLES[layout])
     count = int(np.prod(shape))
@@ -124,5 +86,5 @@ def same_bits(a, b):
     """Equality of every bit, so that NaNs and signed zeros count."""
     if a.dtype != b.dtype or a.shape != b.shape:
         return False
-    return np.array_equal(a.view(np.dtype(f"u{a.dtype.itemsize}")),
-                          b.view(np.dtype(f"u{b.dtype.itemsize}")))
+    unsigned = np.dtype(f"u{a.dtype.itemsize}")
+    return np.array_equal(a.view(unsigned), b.view(unsigned))

@@ -12,13 +12,9 @@ def _store(**values):
     return store
 
 
-def test_a_new_store_is_empty():
+def test_names_come_in_byte_order_with_their_own_types_and_clear_frees_them():
     store = ztcoreex.MetaData()
     assert len(store) == 0 and list(store) == [] and "" not in store and store.get("x") is None
-
-
-def test_names_come_in_byte_order_with_their_own_types():
-    store = ztcoreex.MetaData()
     for name, value in [("b", 1), ("a", 2.5), ("B", "text"), ("", 0), ("ab", 4294967295),
                         ("\u00e9", 3)]:
         store.add(name, value, description="d")
@@ -27,6 +23,10 @@ def test_names_come_in_byte_order_with_their_own_types():
                                    "\u00e9": 3}
     assert [type(v) for v in store.values()] == [int, str, float, int, int, int]
     assert len(store) == 6 and "ab" in store and "A" not in store and 3 not in store
+    store.clear()
+    assert len(store) == 0 and list(store) == [] and "" not in store and store.get("a") is None
+    store.add("a", "x")
+    assert store["a"] == "x"
 
 
 @pytest.mark.parametrize("value", [[1, 2, 3], [1.5, 2], ["a", "b"], [], (7,)])
@@ -48,67 +48,42 @@ def test_values_outside_the_store_types_are_refused_before_the_store(value, exce
     assert "x" not in store
 
 
-def _chain(error):
-    links = []
-    while error is not None:
-        links.append((error.name, error.message))
-        error = error.inner
-    return links
+E, TYPE = "Zt.Exception", "Zt.ParInvalidTypeException"
+_set = lambda name: [(E, f"Error setting element '{name}'"), (E, "Error writing parameter")]  # noqa
+_wrong = "Wrong type for parameter; Expected type 'unsigned' differs from "
+STORE_REFUSALS = {  # what: (action, chain of (name, message) from the outermost exception)
+    "missing name": (lambda s: s["nope"], [(E, "Error getting element 'nope'"),
+                                           (E, "Element 'nope' doesn't exist in meta data")]),
+    "write of another type": (lambda s: s.__setitem__("n", 1.0),
+                              _set("n") + [(TYPE, _wrong + "'double'")]),
+    "write of a missing name": (lambda s: s.__setitem__("nope", 1),
+                                _set("nope") + [("Zt.ParInvalidNameException", "Unknown parameter name")]),
+    "duplicate name": (lambda s: s.add("n", "other"), [(E, "Element 'n' already exists")]),
+    "array write on an array element": (lambda s: s.__setitem__("list", [1, 2]),
+                                        _set("list") + [(TYPE, _wrong + "'unsigned[]'")]),
+}
 
 
-STORE_REFUSALS = [
-    ("missing name", lambda s: s["nope"],
-     [("Zt.Exception", "Error getting element 'nope'"),
-      ("Zt.Exception", "Element 'nope' doesn't exist in meta data")]),
-    ("write of another type", lambda s: s.__setitem__("n", 1.0),
-     [("Zt.Exception", "Error setting element 'n'"), ("Zt.Exception", "Error writing parameter"),
-      ("Zt.ParInvalidTypeException",
-       "Wrong type for parameter; Expected type 'unsigned' differs from 'double'")]),
-    ("write of a missing name", lambda s: s.__setitem__("nope", 1),
-     [("Zt.Exception", "Error setting element 'nope'"), ("Zt.Exception", "Error writing parameter"),
-      ("Zt.ParInvalidNameException", "Unknown parameter name")]),
-    ("duplicate name", lambda s: s.add("n", "other"),
-     [("Zt.Exception", "Element 'n' already exists")]),
-    ("array write on an array element", lambda s: s.__setitem__("list", [1, 2]),
-     [("Zt.Exception", "Error setting element 'list'"), ("Zt.Exception", "Error writing parameter"),
-      ("Zt.ParInvalidTypeException",
-       "Wrong type for parameter; Expected type 'unsigned' differs from 'unsigned[]'")]),
-]
-
-
-@pytest.mark.parametrize("what,action,chain", STORE_REFUSALS, ids=[r[0] for r in STORE_REFUSALS])
-def test_refusals_arrive_as_the_store_exception_chain(what, action, chain):
+@pytest.mark.parametrize("action,chain", STORE_REFUSALS.values(), ids=STORE_REFUSALS.keys())
+def test_refusals_arrive_as_the_store_exception_chain(action, chain):
     store = _store(n=5, list=[1.0])
     with pytest.raises(ztcoreex.Error) as caught:
         action(store)
-    error = caught.value
-    assert _chain(error) == chain
-    # The text reads like the library's: every link with where it was raised.
-    text = str(error)
-    link = error
-    while link is not None:
+    links, link, text = [], caught.value, str(caught.value)
+    while link is not None:  # the text reads like the library's: each link where it was raised
+        links.append((link.name, link.message))
         assert link.message in text and link.function in text and str(link.line) in text
         assert link.file and link.line > 0
         link = link.inner
+    assert links == chain
     assert dict(store.items()) == {"list": 0, "n": 5}
 
 
-def test_clear_frees_every_name():
-    store = _store(a=1, b="x")
-    store.clear()
-    assert len(store) == 0
-    store.add("a", 2.0)
-    assert store["a"] == 2.0
-
-
-def test_copies_share_no_element():
+def test_copies_share_no_element_and_a_name_ends_at_its_first_nul():
     store = _store(a=1)
     for duplicate in (store.copy(), copy.copy(store)):
         duplicate["a"] = 2
         duplicate.add("b", 3)
         assert dict(store.items()) == {"a": 1}
-
-
-def test_a_name_ends_at_its_first_nul():
     store = _store(**{"ab\0cd": 1})
     assert list(store) == ["ab"] and store["ab\0zz"] == 1
