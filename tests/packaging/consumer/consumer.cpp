@@ -1,6 +1,5 @@
-// A program as a user of the installed library writes it: one umbrella
-// header, the exported classes, and a failure caught across the library
-// boundary.
+// A user's program against the installed library: the umbrella header, the exported classes and a
+// failure caught across the library boundary.
 #include <ZtCoreEx.h>
 
 #include <cstdio>
@@ -8,16 +7,12 @@
 
 int main() {
   Zt::CZtImage image;
-  if (!image.Create(4, 2, Zt::EPixelType::RGBA, Zt::EDataType::UByte)) {
-    std::puts("Create failed");
-    return 1;
-  }
+  if (!image.Create(4, 2, Zt::EPixelType::RGBA, Zt::EDataType::UByte)) return 1;
   image.SetZero();
   const Zt::CZtString text = image.GetFormat().ToString();
   std::printf("%s, %u bytes\n", text.ToCString(), image.GetByteCount());
-  if (std::strcmp(text.ToCString(), "4x2, RGBA, UByte") != 0 || image.GetByteCount() != 32u) {
+  if (std::strcmp(text.ToCString(), "4x2, RGBA, UByte") != 0 || image.GetByteCount() != 32u)
     return 1;
-  }
   try {
     throw Zt::CZtOutOfMemoryException::Create("out of memory", "consumer", "main", __LINE__);
   } catch (Zt::Interop::Runtime30::CIException& e) {
