@@ -1,5 +1,4 @@
-# The Python module's suite, with pytest under the interpreter the module is
-# built for; only where the module is built (never under sanitizers).
+# The Python module's suite under the interpreter the module is built for, where it is built.
 if(TARGET ztcoreex)
   add_test(NAME zt_python_tests
     COMMAND ${CMAKE_COMMAND} -E env PYTHONPATH=$<TARGET_FILE_DIR:ztcoreex> PYTHONDONTWRITEBYTECODE=1
