@@ -46,19 +46,15 @@ def encode(x, dtype):
     return result.astype(dtype)
 
 
-def alpha_fill(dtype):
-    dtype = np.dtype(dtype)
-    return dtype.type(1.0) if dtype.kind == "f" else np.iinfo(dtype).max
-
-
 def convert(source, source_layout, target_layout, target_dtype):
     """The expected result of one conversion of an (H, W[, C]) array."""
     pixels = source.reshape(source.shape[0], source.shape[1], -1)
     same = pixels.dtype == np.dtype(target_dtype)
     converted = pixels.copy() if same else encode(decode(pixels), target_dtype)
-    roles = SOURCE_ROLES[source_layout]
+    roles, dtype = SOURCE_ROLES[source_layout], np.dtype(target_dtype)
+    alpha = dtype.type(1.0) if dtype.kind == "f" else np.iinfo(dtype).max  # the top of the range
     channels = [converted[:, :, roles[role]] if role in roles else
-                np.full(pixels.shape[:2], alpha_fill(target_dtype), target_dtype)
+                np.full(pixels.shape[:2], alpha, dtype)
                 for role in TARGET_ROLES[target_layout]]
     result = np.stack(channels, axis=2)
     return result[:, :, 0] if len(channels) == 1 else result
