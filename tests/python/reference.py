@@ -72,7 +72,6 @@ def random_image(rng, layout, dtype, height=3, width=5):
         info = np.iinfo(dtype)
         flat = rng.integers(info.min, int(info.max) + 1, count, dtype=np.int64)
         specials = [info.min, info.max, 0, 1, info.max - 1, -1 if info.min < 0 else 2]
-    flat = flat.astype(np.float64 if dtype.kind == "f" else np.int64)
     flat[: len(specials)] = specials[:count]
     with np.errstate(over="ignore"):
         return flat.astype(dtype).reshape(shape)
