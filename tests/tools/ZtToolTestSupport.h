@@ -3,16 +3,14 @@
 
 // A scratch directory per test, files as byte strings, images as text.
 
-#include <dirent.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdio>
-#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <iomanip>
+#include <set>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "ZtCoreEx.h"
 
@@ -26,7 +24,7 @@ public:
   CScratchDir() : m_Path(testing::TempDir() + "zt-tools-XXXXXX") {
     if (mkdtemp(m_Path.data()) == nullptr) ADD_FAILURE() << "mkdtemp failed";
   }
-  ~CScratchDir() { std::system(("rm -rf '" + m_Path + "'").c_str()); }
+  ~CScratchDir() { std::filesystem::remove_all(m_Path); }
   CScratchDir(const CScratchDir&) = delete;
   CScratchDir& operator=(const CScratchDir&) = delete;
 
@@ -36,18 +34,12 @@ public:
     return std::system(("cd '" + m_Path + "' && " + command).c_str()) == 0;
   }
 
-  // Names in the directory, hidden ones (temporary files) included, sorted and
-  // joined by blanks.
+  // Names in the directory, hidden ones (temporary files) included, sorted
+  // and joined by blanks.
   std::string Entries() const {
-    std::vector<std::string> names;
-    if (DIR* dir = opendir(m_Path.c_str())) {
-      while (dirent* entry = readdir(dir)) {
-        const std::string name = entry->d_name;
-        if (name != "." && name != "..") names.push_back(name);
-      }
-      closedir(dir);
-    }
-    std::sort(names.begin(), names.end());
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_Path))
+      names.insert(entry.path().filename());
     std::string joined;
     for (const auto& name : names) joined += (joined.empty() ? "" : " ") + name;
     return joined;
@@ -58,19 +50,12 @@ private:
 };
 
 inline void WriteFile(const std::string& path, const std::string& bytes) {
-  std::FILE* file = std::fopen(path.c_str(), "wb");
-  ASSERT_NE(file, nullptr) << path;
-  std::fwrite(bytes.data(), 1, bytes.size(), file);
-  std::fclose(file);
+  EXPECT_TRUE(std::ofstream(path, std::ios::binary) << bytes) << path;
 }
 
 inline std::string ReadFile(const std::string& path) {
-  std::string bytes;
-  if (std::FILE* file = std::fopen(path.c_str(), "rb")) {
-    for (int c = 0; (c = std::fgetc(file)) != EOF;) bytes.push_back(static_cast<char>(c));
-    std::fclose(file);
-  }
-  return bytes;
+  std::ifstream file(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
 inline testing::AssertionResult Has(const std::string& text, const std::string& part) {
