@@ -26,30 +26,38 @@ std::string Describe(const SConvertOptions& o) {
   return text.str();
 }
 
-TEST(ZtConvertCommand, ParsesEveryOptionSpelling) {
-  const std::pair<CArguments, const char*> cases[] = {
-      {{"in.png", "out.pgm"}, "in.png out.pgm "},
-      {{"-l", "lum", "-t", "UShort", "in.png", "out.pgm"}, "in.png out.pgm -l Lum -t UShort "},
-      {{"in.png", "--layout=BGRA", "out.png", "--type", "ubyte"},
-       "in.png out.png -l BGRA -t UByte "},
-      {{"-v", "-r", "4x4, BayerRG, UShort", "in.raw", "out.png"},
-       "in.raw out.png -r 4x4, BayerRG, UShort -v "},
-      {{"--raw-format=4x4,BayerRG,UShort", "--verbose", "--", "in.raw", "-out.png"},
-       "in.raw -out.png -r 4x4, BayerRG, UShort -v "},
-      {{"-r", "2x3, LumA, Int", "a.raw", "b.raw"}, "a.raw b.raw -r 2x3, LumA, Int "},
-      {{"--", "-in.pgm", "-l"}, "-in.pgm -l "},
-      {{"-", "-f", "PNM", "-"}, "- - -f PNM "},  // a lone "-" is a file: the standard streams
-      {{"--format=.pam", "a", "b"}, "a b -f PAM "},
-      {{"--info", "a.png", "-", "c.pgm"}, "a.png - c.pgm --info "},
-      {{"--max-pixels", "12", "a", "b"}, "a b --max-pixels 12 "},
-      {{"--help"}, "-h "},
-      {{"--version"}, "--version "},
-  };
-  for (const auto& [arguments, expected] : cases)
-    EXPECT_EQ(Describe(ParseConvertArguments(arguments)), expected);
+// The words of a command line; quotes ('...') hold blanks, and "@name" is a
+// file of the scratch directory.
+CArguments Words(const std::string& command, const CScratchDir* dir = nullptr) {
+  CArguments words;
+  std::istringstream text(command);
+  for (std::string word; text >> std::quoted(word, '\'');)
+    words.push_back(dir != nullptr && word[0] == '@' ? *dir / word.substr(1) : word);
+  return words;
 }
 
-// Runs in turn, on files of a scratch directory ("@name"): a success says what
+TEST(ZtConvertCommand, ParsesEveryOptionSpelling) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"in.png out.pgm", "in.png out.pgm "},
+      {"-l lum -t UShort in.png out.pgm", "in.png out.pgm -l Lum -t UShort "},
+      {"in.png --layout=BGRA out.png --type ubyte", "in.png out.png -l BGRA -t UByte "},
+      {"-v -r '4x4, BayerRG, UShort' in.raw out.png", "in.raw out.png -r 4x4, BayerRG, UShort -v "},
+      {"--raw-format=4x4,BayerRG,UShort --verbose -- in.raw -out.png",
+       "in.raw -out.png -r 4x4, BayerRG, UShort -v "},
+      {"-r '2x3, LumA, Int' a.raw b.raw", "a.raw b.raw -r 2x3, LumA, Int "},
+      {"-- -in.pgm -l", "-in.pgm -l "},
+      {"- -f PNM -", "- - -f PNM "},  // a lone "-" is a file: the standard streams
+      {"--format=.pam a b", "a b -f PAM "},
+      {"--info a.png - c.pgm", "a.png - c.pgm --info "},
+      {"--max-pixels 12 a b", "a b --max-pixels 12 "},
+      {"--help", "-h "},
+      {"--version", "--version "},
+  };
+  for (const auto& [command, expected] : cases)
+    EXPECT_EQ(Describe(ParseConvertArguments(Words(command))), expected);
+}
+
+// Runs in turn, on files of a scratch directory: a success says what
 // it did on stdout, a failure why in one line on stderr, leaving the directory
 // as it was. What the arguments alone show is refused (exit code 2) before
 // INPUT is opened: none of those inputs exists, which would be exit code 1.
@@ -115,13 +123,10 @@ TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
       {"@in.pgm @nowhere/out.png", kExitFailure, "nowhere"},
   };
   for (const auto& [command, code, said] : runs) {
-    CArguments arguments;
-    std::istringstream words(command);
-    for (std::string word; words >> std::quoted(word, '\'');)
-      arguments.push_back(word[0] == '@' ? dir / word.substr(1) : word);
     const std::string before = dir.Entries();
     std::ostringstream out, err;
-    EXPECT_EQ(RunConvertCommand(arguments, out, err), code) << command << ": " << err.str();
+    EXPECT_EQ(RunConvertCommand(Words(command, &dir), out, err), code)
+        << command << ": " << err.str();
     const std::string text = code == kExitSuccess ? out.str() : err.str();
     EXPECT_TRUE(Has(text, said)) << command;
     EXPECT_EQ(code == kExitSuccess ? err.str() : out.str(), "") << command;

@@ -116,7 +116,7 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
   // A leading '!' marks a part of the error message after the file's name.
   // Files named "exact" are written back byte for byte: big-endian integers,
   // PFM little-endian and bottom-up, raw as in memory.
-  const std::tuple<std::string, std::string, std::string> cases[] = {
+  std::vector<std::tuple<std::string, std::string, std::string>> cases = {
       {"exact.pgm", "P5\n3 2\n255\n\1\2\3\4\5\6", "3x2, Lum, UByte: 1 2 3 4 5 6"},
       {"exact16.pgm", "P5\n2 1\n65535\n\1\2\xA0\xB0", "2x1, Lum, UShort: 258 41136"},
       {"exact.ppm", "P6\n1 1\n255\n\12\24\36", "1x1, RGB, UByte: 10 20 30"},
@@ -136,7 +136,7 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
       {"bw.pam", "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 1\nMAXVAL 1\nTUPLTYPE BLACKANDWHITE\nENDHDR\n\1\0"s,
        "2x1, Lum, UByte: 255 0"},
       {"rgba.pam",
-       "P7\n# comment\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE "
+       "P7\n# c\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE "
        "RGB_ALPHA\nENDHDR\n\11\10\7\6",
        "1x1, RGBA, UByte: 9 8 7 6"},
       {"notuple.pam", "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 2\nMAXVAL 255\nENDHDR\n\5\6",
@@ -198,6 +198,18 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
       {"netpbm.png", "Q5\n1 1\n255\n\1", "!not a PNG file (bad magic)"},
       {"wrong.raw", std::string(12, '\7'), "!holds 12 bytes, but 2x1, Lum, UShort takes 4"},
   };
+  // Adam7 stores a picture in seven passes; any pass read to the wrong place
+  // shows on a picture where every sample differs.
+  for (const unsigned size : {1u, 5u, 9u, 17u}) {
+    std::string rows, samples;
+    for (unsigned i = 0; i < 3 * size * (size + 2); ++i) {
+      rows += static_cast<char>(i * 7 + 3);
+      samples += (i == 0 ? "" : " ") + std::to_string(static_cast<unsigned char>(i * 7 + 3));
+    }
+    const std::string format = std::to_string(size) + "x" + std::to_string(size + 2);
+    cases.emplace_back("adam7-" + format + ".png", MakePng(size, size + 2, 8, 2, rows, {}, true),
+                       format + ", RGB, UByte: " + samples);
+  }
   for (const auto& [file, content, expected] : cases) {
     WriteFile(dir / file, content);
     CZtImage image;
@@ -214,22 +226,6 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
   }
   CZtImage image;  // a raw file needs its format
   EXPECT_THROW(ReadImageFile(dir / "exact.raw", image), CIoError);
-}
-
-// Adam7 stores a picture in seven passes; any pass read to the wrong place
-// shows on a picture where every sample differs.
-TEST(ZtImageIo, InterlacedPngFilesReadPixelForPixel) {
-  CScratchDir dir;
-  for (const unsigned size : {1u, 5u, 9u, 17u}) {
-    std::string rows;
-    for (unsigned i = 0; i < 3 * size * (size + 2); ++i) rows += static_cast<char>(i * 7 + 3);
-    WriteFile(dir / "adam7.png", MakePng(size, size + 2, 8, 2, rows, {}, true));
-    CZtImage image;
-    ReadImageFile(dir / "adam7.png", image);
-    EXPECT_EQ(FormatText(image),
-              std::to_string(size) + "x" + std::to_string(size + 2) + ", RGB, UByte");
-    EXPECT_EQ(Bytes(image), rows) << size;
-  }
 }
 
 TEST(ZtImageIo, FormatsAreRecognisedByTheirFirstBytesAndNamedByTheExtensionOnly) {
@@ -300,29 +296,6 @@ TEST(ZtImageIo, NamesAndFormatTextsParseWithoutRegardToCase) {
   }
 }
 
-TEST(ZtImageIo, AFailedWriteLeavesNoFileAndKeepsWhatStoodThere) {
-  CScratchDir dir;
-  const std::string path = dir / "kept.pgm";
-  WriteFile(path, "old contents");
-  // A writer that cannot hold the image fails before opening anything.
-  const CZtImage colour = Scrambled(2, 2, EPixelType::RGB, EDataType::UByte);
-  EXPECT_EQ(MessageOf<CIoError>([&] { WriteImageFile(path, colour); }),
-            path + ": PGM files hold Lum with UByte or UShort samples, not RGB, UByte");
-  {  // A file abandoned halfway, as when an exception passes during writing.
-    CAtomicFile file(path);
-    std::fputs("partial", file.File());
-    EXPECT_EQ(file.TemporaryPath().rfind(dir / ".kept.pgm.", 0), 0u);
-  }
-  EXPECT_EQ(ReadFile(path), "old contents");
-  EXPECT_EQ(dir.Entries(), "kept.pgm");
-  const CZtImage grey = Scrambled(2, 2, EPixelType::Lum, EDataType::UByte);
-  EXPECT_THROW(WriteImageFile(dir / "missing/out.pgm", grey), CIoError);
-  // A committed file replaces the old one.
-  WriteImageFile(path, grey);
-  EXPECT_EQ(ReadFile(path), "P5\n2 2\n255\n" + Bytes(grey));
-  EXPECT_EQ(dir.Entries(), "kept.pgm");
-}
-
 void Replace(const std::string& path, const std::string& contents) {
   CAtomicFile file(path);
   std::fputs(contents.c_str(), file.File());
@@ -363,15 +336,37 @@ TEST(ZtAtomicFile, ReplacingKeepsModeAndLinksOfTheOldName) {
   }
 }
 
-TEST(ZtAtomicFile, ANewFileGetsTheUsualModeAndADirectoryWithoutRoomIsNamed) {
+TEST(ZtAtomicFile, AFailedWriteLeavesNoFileAndKeepsWhatStoodThere) {
   CScratchDir dir;
-  const mode_t mask = umask(022);
-  Replace(dir / "plain", "x");
-  umask(mask);
-  EXPECT_EQ(ModeOf(dir / "plain"), 0644u);
-  EXPECT_TRUE(Has(MessageOf<CIoError>([&] { CAtomicFile file(dir / "missing/out.png"); }),
+  const std::string path = dir / "kept.pgm";
+  WriteFile(path, "old contents");
+  // A writer that cannot hold the image fails before opening anything.
+  const CZtImage colour = Scrambled(2, 2, EPixelType::RGB, EDataType::UByte);
+  EXPECT_EQ(MessageOf<CIoError>([&] { WriteImageFile(path, colour); }),
+            path + ": PGM files hold Lum with UByte or UShort samples, not RGB, UByte");
+  {  // A file abandoned halfway, as when an exception passes during writing.
+    CAtomicFile file(path);
+    std::fputs("partial", file.File());
+    EXPECT_EQ(file.TemporaryPath().rfind(dir / ".kept.pgm.", 0), 0u);
+  }
+  EXPECT_EQ(ReadFile(path), "old contents");
+  EXPECT_EQ(dir.Entries(), "kept.pgm");
+  const CZtImage grey = Scrambled(2, 2, EPixelType::Lum, EDataType::UByte);
+  EXPECT_TRUE(Has(MessageOf<CIoError>([&] { WriteImageFile(dir / "missing/out.pgm", grey); }),
                   "cannot create a file in directory '" + dir / "missing'"));
+  // A committed file replaces the old one; a new one gets the usual mode.
+  const mode_t mask = umask(022);
+  WriteImageFile(path, grey);
+  Replace(dir / "new", "x");
+  umask(mask);
+  EXPECT_EQ(ReadFile(path), "P5\n2 2\n255\n" + Bytes(grey));
+  EXPECT_EQ(ModeOf(dir / "new"), 0644u);
+  EXPECT_EQ(dir.Entries(), "kept.pgm new");
+}
+
+TEST(ZtAtomicFile, AReadOnlyDirectoryIsNamedAndItsFileLeftAlone) {
   if (geteuid() == 0) GTEST_SKIP() << "root writes into read-only directories";
+  CScratchDir dir;
   ASSERT_TRUE(dir.Run("mkdir ro && printf old >ro/f && chmod 555 ro"));
   EXPECT_TRUE(
       Has(MessageOf<CIoError>([&] { Replace(dir / "ro/f", "new"); }), "directory '" + dir / "ro'"));
@@ -415,22 +410,21 @@ TEST(ZtAtomicFile, AFatalSignalRemovesTheTemporaryFileAndStillKills) {
 // During the file an ignored signal stays ignored; after it, the process's
 // own actions are back.
 TEST(ZtAtomicFile, ThePreviousSignalActionsComeBack) {
+  const auto handler = [](int number) {
+    struct sigaction action {};
+    sigaction(number, nullptr, &action);
+    return action.sa_handler;
+  };
   CScratchDir dir;
-  using SAction = struct sigaction;
-  SAction ignore{}, saved{}, during{}, after{}, term{};
-  ignore.sa_handler = SIG_IGN;
-  ASSERT_EQ(sigaction(SIGHUP, &ignore, &saved), 0);
+  const auto saved = signal(SIGHUP, SIG_IGN);
   {
     CAtomicFile file(dir / "f");
-    sigaction(SIGHUP, nullptr, &during);
+    EXPECT_EQ(handler(SIGHUP), SIG_IGN);  // an ignored signal stays ignored
     file.Commit();
   }
-  sigaction(SIGHUP, nullptr, &after);
-  sigaction(SIGHUP, &saved, nullptr);
-  sigaction(SIGTERM, nullptr, &term);
-  EXPECT_EQ(during.sa_handler, SIG_IGN);
-  EXPECT_EQ(after.sa_handler, SIG_IGN);
-  EXPECT_EQ(term.sa_handler, SIG_DFL);
+  EXPECT_EQ(handler(SIGHUP), SIG_IGN);
+  signal(SIGHUP, saved);
+  EXPECT_EQ(handler(SIGTERM), SIG_DFL);
 }
 
 }  // namespace

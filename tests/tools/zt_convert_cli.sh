@@ -15,19 +15,18 @@ printf 'P5\n3 2\n255\n\001\002\003\004\005\377' >grey.pgm
 printf 'P5\n3 2\n255\n\001\002' >cut.pgm
 inputs=$(ls -A)
 
-# expect <exit code> <stderr pattern> <arguments...>
+# expect <exit code> <stderr pattern> <arguments...>: a failure says why in one
+# line on stderr and leaves nothing beside the inputs.
 expect() {
   local code=$1 pattern=$2 err status
   shift 2
   err=$("$tool" "$@" 2>&1 >/dev/null)
   status=$?
-  [[ $status -eq $code ]] || fail "zt-convert $*: exit $status, wanted $code"
-  [[ $code -eq 0 || $(wc -l <<<"$err") -eq 1 ]] || fail "zt-convert $*: message is not one line"
-  [[ $err =~ $pattern ]] || fail "zt-convert $*: stderr '$err' lacks '$pattern'"
-  [[ $code -eq 0 || $(ls -A) == "$inputs" ]] || fail "zt-convert $*: left behind: $(ls -A)"
+  [[ $status -eq $code && $(wc -l <<<"$err") -eq 1 && $err =~ $pattern && $(ls -A) == "$inputs" ]] ||
+    fail "zt-convert $*: exit $status, wanted $code; stderr '$err', wanted '$pattern'; files $(ls -A)"
 }
 
-# The messages themselves are checked in process; here the exit codes as the shell sees them.
+# The messages themselves are checked in process; here what the shell sees.
 expect 2 "unknown layout 'CMYK'" -l CMYK grey.pgm out.png
 expect 2 'BayerGB target is only a copy' -l BayerGB grey.pgm out.raw
 expect 1 "cannot open 'absent.png'" absent.png out.png
@@ -98,8 +97,7 @@ if [[ -n $demo ]]; then
   [[ -z $(ls -A) ]] || fail "zt-demo made a directory of an option"
   "$demo" "$dir/demo" >"$dir/demo.log" || fail "zt-demo: $(cat "$dir/demo.log")"
   cd "$dir/demo" || exit 1
-  for png in chart chart-bgra chart-rgb16 chart-lum chart-luma chart-lum-rgb chart-from-float \
-    chart-from-signed mosaic; do
+  for png in chart{,-bgra,-rgb16,-lum,-luma,-lum-rgb,-from-float,-from-signed} mosaic; do
     [[ -s $png.png ]] || fail "missing $png.png"
   done
   # same <a> <b> <layout> <type>: both files as raw pixels of that format agree.
