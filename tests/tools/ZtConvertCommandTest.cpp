@@ -59,78 +59,73 @@ TEST(ZtConvertCommand, ParsesEveryOptionSpelling) {
 
 // Runs in turn, on files of a scratch directory: a success says what
 // it did on stdout, a failure why in one line on stderr, leaving the directory
-// as it was. What the arguments alone show is refused (exit code 2) before
-// INPUT is opened: none of those inputs exists, which would be exit code 1.
+// as it was. Exit codes: 0 done, 1 failed, 2 refused. What the arguments
+// alone show is refused before INPUT is opened: none of those inputs exists.
 TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
   CScratchDir dir;
   WriteFile(dir / "start.pgm", "P5\n3 1\n255\n\0\63\377"s);  // 0, 51, 255
   WriteFile(dir / "in.pgm", "P5\n2 1\n255\n\1\2");
   WriteFile(dir / "cut.pgm", "P5\n2 2\n255\n\1\2");
   const std::tuple<std::string, int, const char*> runs[] = {
-      {"-h", kExitSuccess, "usage: zt-convert"},
-      {"--help", kExitSuccess, "usage: zt-convert"},
-      {"--version", kExitSuccess, "zt-convert (Zt.Core.Ex) 1."},
-      {"", kExitUsage, "needs an INPUT and an OUTPUT file"},
-      {"in.png", kExitUsage, "needs an INPUT and an OUTPUT file"},
-      {"a.png b.png c.png", kExitUsage, "too many files: c.png"},
-      {"-x a.png b.png", kExitUsage, "unknown option -x"},
-      {"--bogus a.png b.png", kExitUsage, "unknown option --bogus"},
-      {"--verbose=yes a.png b.png", kExitUsage, "unknown option --verbose=yes"},
-      {"a.png b.png -l", kExitUsage, "-l needs a value"},
-      {"-l YUV a.png b.png", kExitUsage, "unknown layout 'YUV'"},
-      {"-t half a.png b.png", kExitUsage, "unknown sample type 'half'"},
-      {"-r '4x4 BayerRG UShort' a.raw b.png", kExitUsage, "expected WIDTHxHEIGHT, LAYOUT, TYPE"},
-      {"--max-pixels 0 a.png b.png", kExitUsage,
-       "--max-pixels needs a positive whole number, not '0'"},
-      {"--max-pixels -3 a.png b.png", kExitUsage,
-       "--max-pixels needs a positive whole number, not '-3'"},
-      {"--max-pixels=1e6 a.png b.png", kExitUsage, "needs a positive whole number, not '1e6'"},
-      {"--info", kExitUsage, "--info needs at least one FILE"},
-      {"--info -t UByte a.png", kExitUsage, "--info takes no"},
-      {"absent.png b.tiff", kExitUsage, "unknown file format of 'b.tiff'"},
-      {"absent.png noextension", kExitUsage, "unknown file format of 'noextension'"},
-      {"-f jpeg absent.png b.png", kExitUsage, "unknown file format 'jpeg'"},
-      {"absent.png -", kExitUsage, "writing to standard output needs its format given (-f)"},
-      {"absent.png b.pbm", kExitUsage, "PBM files are read, not written"},
-      {"absent.raw b.png", kExitUsage, "absent.raw: a raw file needs its format given"},
-      {"-l BayerRG absent.png b.raw", kExitUsage, "a BayerRG target is only a copy of a raw input"},
-      {"-l BayerRG -r '2x2, BayerGB, UByte' absent.raw b.raw", kExitUsage,
+      {"-h", 0, "usage: zt-convert"},
+      {"--help", 0, "usage: zt-convert"},
+      {"--version", 0, "zt-convert (Zt.Core.Ex) 1."},
+      {"", 2, "needs an INPUT and an OUTPUT file"},
+      {"in.png", 2, "needs an INPUT and an OUTPUT file"},
+      {"a.png b.png c.png", 2, "too many files: c.png"},
+      {"-x a.png b.png", 2, "unknown option -x"},
+      {"--bogus a.png b.png", 2, "unknown option --bogus"},
+      {"--verbose=yes a.png b.png", 2, "unknown option --verbose=yes"},
+      {"a.png b.png -l", 2, "-l needs a value"},
+      {"-l YUV a.png b.png", 2, "unknown layout 'YUV'"},
+      {"-t half a.png b.png", 2, "unknown sample type 'half'"},
+      {"-r '4x4 BayerRG UShort' a.raw b.png", 2, "expected WIDTHxHEIGHT, LAYOUT, TYPE"},
+      {"--max-pixels 0 a.png b.png", 2, "--max-pixels needs a positive whole number, not '0'"},
+      {"--max-pixels -3 a.png b.png", 2, "--max-pixels needs a positive whole number, not '-3'"},
+      {"--max-pixels=1e6 a.png b.png", 2, "needs a positive whole number, not '1e6'"},
+      {"--info", 2, "--info needs at least one FILE"},
+      {"--info -t UByte a.png", 2, "--info takes no"},
+      {"absent.png b.tiff", 2, "unknown file format of 'b.tiff'"},
+      {"absent.png noextension", 2, "unknown file format of 'noextension'"},
+      {"-f jpeg absent.png b.png", 2, "unknown file format 'jpeg'"},
+      {"absent.png -", 2, "writing to standard output needs its format given (-f)"},
+      {"absent.png b.pbm", 2, "PBM files are read, not written"},
+      {"absent.raw b.png", 2, "absent.raw: a raw file needs its format given"},
+      {"-l BayerRG absent.png b.raw", 2, "a BayerRG target is only a copy of a raw input"},
+      {"-l BayerRG -r '2x2, BayerGB, UByte' absent.raw b.raw", 2,
        "a BayerRG target is only a copy"},
-      {"-l BayerRG -t UShort -r '2x2, BayerRG, UByte' absent.raw b.raw", kExitUsage, "only a copy"},
-      {"-t Double absent.pgm out.ppm", kExitUsage,
+      {"-l BayerRG -t UShort -r '2x2, BayerRG, UByte' absent.raw b.raw", 2, "only a copy"},
+      {"-t Double absent.pgm out.ppm", 2,
        "out.ppm: PPM files hold RGB with UByte or UShort samples, not Double"},
-      {"-l RGB absent.pgm out.pgm", kExitUsage,
-       "PGM files hold Lum with UByte or UShort samples, not RGB"},
-      {"-l LumA -t Float absent.pgm out.pfm", kExitUsage,
+      {"-l RGB absent.pgm out.pgm", 2, "PGM files hold Lum with UByte or UShort samples, not RGB"},
+      {"-l LumA -t Float absent.pgm out.pfm", 2,
        "PFM files hold Lum or RGB with Float samples, not LumA, Float"},
-      {"-f ppm -l Lum absent.pgm out.png", kExitUsage, "out.png: PPM files hold RGB"},
+      {"-f ppm -l Lum absent.pgm out.png", 2, "out.png: PPM files hold RGB"},
       // Three greys through every file format and back. UByte 51 / 255 = 0.2 as
       // a float, and the grey repeated in red, green and blue.
-      {"-v --layout RGB @start.pgm @float.pfm", kExitSuccess, "(3x1, Lum, UByte) -> "},
-      {"-v -l RGBA @float.pfm @deep.pam", kExitSuccess, "(3x1, RGB, Float) -> "},
-      {"-v -l BGRA -t UShort @deep.pam @swapped.png", kExitSuccess, "(3x1, RGBA, UShort) -> "},
-      {"-v -t Double @swapped.png @wide.raw", kExitSuccess, "(3x1, RGBA, UShort) -> "},
-      {"-v -r '3x1, RGBA, Double' -t UByte @wide.raw @end.ppm", kExitSuccess,
-       "(3x1, RGBA, Double) -> "},
-      {"@missing.pgm @out.png", kExitFailure, "cannot open '"},
-      {"@cut.pgm @out.png", kExitFailure, "file is truncated"},
-      {"-r '2x2, Lum, UByte' @cut.pgm @out.png", kExitFailure,
-       "holds 13 bytes, but 2x2, Lum, UByte takes 4"},
-      {"--max-pixels 1 @in.pgm @out.png", kExitFailure, "image of 2x1 is larger than 1 pixels"},
+      {"-v --layout RGB @start.pgm @float.pfm", 0, "(3x1, Lum, UByte) -> "},
+      {"-v -l RGBA @float.pfm @deep.pam", 0, "(3x1, RGB, Float) -> "},
+      {"-v -l BGRA -t UShort @deep.pam @swapped.png", 0, "(3x1, RGBA, UShort) -> "},
+      {"-v -t Double @swapped.png @wide.raw", 0, "(3x1, RGBA, UShort) -> "},
+      {"-v -r '3x1, RGBA, Double' -t UByte @wide.raw @end.ppm", 0, "(3x1, RGBA, Double) -> "},
+      {"@missing.pgm @out.png", 1, "cannot open '"},
+      {"@cut.pgm @out.png", 1, "file is truncated"},
+      {"-r '2x2, Lum, UByte' @cut.pgm @out.png", 1, "holds 13 bytes, but 2x2, Lum, UByte takes 4"},
+      {"--max-pixels 1 @in.pgm @out.png", 1, "image of 2x1 is larger than 1 pixels"},
       // With -r a file is raw, whatever its content says.
-      {"-l Lum -t UByte -r '1x1, RGBA, Byte' @in.pgm @out.png", kExitFailure, "holds 13 bytes"},
-      {"@cut.pgm @nowhere/out.png", kExitFailure, "file is truncated"},
-      {"@in.pgm @nowhere/out.png", kExitFailure, "nowhere"},
+      {"-l Lum -t UByte -r '1x1, RGBA, Byte' @in.pgm @out.png", 1, "holds 13 bytes"},
+      {"@cut.pgm @nowhere/out.png", 1, "file is truncated"},
+      {"@in.pgm @nowhere/out.png", 1, "nowhere"},
   };
   for (const auto& [command, code, said] : runs) {
     const std::string before = dir.Entries();
     std::ostringstream out, err;
     EXPECT_EQ(RunConvertCommand(Words(command, &dir), out, err), code)
         << command << ": " << err.str();
-    const std::string text = code == kExitSuccess ? out.str() : err.str();
+    const std::string text = code == 0 ? out.str() : err.str();
     EXPECT_TRUE(Has(text, said)) << command;
-    EXPECT_EQ(code == kExitSuccess ? err.str() : out.str(), "") << command;
-    if (code == kExitSuccess) continue;
+    EXPECT_EQ(code == 0 ? err.str() : out.str(), "") << command;
+    if (code == 0) continue;
     EXPECT_TRUE(text.rfind("zt-convert: ", 0) == 0) << text;
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1) << text;
     EXPECT_EQ(dir.Entries(), before) << command;
