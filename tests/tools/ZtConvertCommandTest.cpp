@@ -26,8 +26,7 @@ std::string Describe(const SConvertOptions& o) {
   return text.str();
 }
 
-// The words of a command line; quotes ('...') hold blanks, and "@name" is a
-// file of the scratch directory.
+// The words of a command line: '...' holds blanks, "@name" is a scratch file.
 CArguments Words(const std::string& command, const CScratchDir* dir = nullptr) {
   CArguments words;
   std::istringstream text(command);
@@ -101,8 +100,7 @@ TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
       {"-l LumA -t Float absent.pgm out.pfm", 2,
        "PFM files hold Lum or RGB with Float samples, not LumA, Float"},
       {"-f ppm -l Lum absent.pgm out.png", 2, "out.png: PPM files hold RGB"},
-      // Three greys through every file format and back. UByte 51 / 255 = 0.2 as
-      // a float, and the grey repeated in red, green and blue.
+      // Three greys through every file format and back; 51 / 255 is 0.2 as a float.
       {"-v --layout RGB @start.pgm @float.pfm", 0, "(3x1, Lum, UByte) -> "},
       {"-v -l RGBA @float.pfm @deep.pam", 0, "(3x1, RGB, Float) -> "},
       {"-v -l BGRA -t UShort @deep.pam @swapped.png", 0, "(3x1, RGBA, UShort) -> "},

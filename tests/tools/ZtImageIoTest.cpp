@@ -1,7 +1,5 @@
-// The image files of zt-convert: every writer against its reader, the exact
-// bytes of each format, files with the variants real ones have, and failures,
-// which must name the file and leave nothing behind; replacing a file keeps
-// what stays of the old name (mode, links), also on a fatal signal.
+// zt-convert's image files, read, written and replaced; failures name the file
+// and leave nothing behind, also on a fatal signal.
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -53,8 +51,7 @@ TEST(ZtImageIo, EveryWriterRoundTripsThroughItsReaderForEveryFormatItHolds) {
       << "a temporary file was left";
 }
 
-// A PNG made by hand: its header, the chunks given (type and data), and the
-// rows deflated, each after a filter byte of 0, in the passes of Adam7 if asked.
+// A PNG made by hand: header, chunks given, rows (in Adam7 passes) deflated.
 std::string MakePng(unsigned width, unsigned height, char depth, char colour,
                     const std::string& rows, std::vector<std::string> chunks = {},
                     bool adam7 = false) {
@@ -92,8 +89,7 @@ std::string MakePng(unsigned width, unsigned height, char depth, char colour,
   return png;
 }
 
-// What reading a file gives: "FORMAT: SAMPLES", or "error: " and the message
-// after the file's name, which must lead a message of one line.
+// "FORMAT: SAMPLES", or "error: " and the one-line message after the file's name.
 std::string ReadOutcome(const std::string& path, CZtImage& image) {
   const CZtImageFormat raw(2, 1, EPixelType::Lum, EDataType::UShort);  // for .raw files alone
   try {
@@ -198,8 +194,7 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
       {"netpbm.png", "Q5\n1 1\n255\n\1", "!not a PNG file (bad magic)"},
       {"wrong.raw", std::string(12, '\7'), "!holds 12 bytes, but 2x1, Lum, UShort takes 4"},
   };
-  // Adam7 stores a picture in seven passes; any pass read to the wrong place
-  // shows on a picture where every sample differs.
+  // Adam7 pictures where every sample differs, so that a misplaced pass shows.
   for (const unsigned size : {1u, 5u, 9u, 17u}) {
     std::string rows, samples;
     for (unsigned i = 0; i < 3 * size * (size + 2); ++i) {
@@ -374,8 +369,7 @@ TEST(ZtAtomicFile, AReadOnlyDirectoryIsNamedAndItsFileLeftAlone) {
   EXPECT_EQ(ReadFile(dir / "ro/f"), "old");
 }
 
-// A child writes half a file and waits; the signal must kill it as the
-// signal would, with the temporary file gone and the old file untouched.
+// A child writes half a file and waits: the signal kills it, the old file stays.
 TEST(ZtAtomicFile, AFatalSignalRemovesTheTemporaryFileAndStillKills) {
   for (int signalNumber : {SIGINT, SIGTERM, SIGHUP}) {
     SCOPED_TRACE(strsignal(signalNumber));
@@ -407,8 +401,7 @@ TEST(ZtAtomicFile, AFatalSignalRemovesTheTemporaryFileAndStillKills) {
   }
 }
 
-// During the file an ignored signal stays ignored; after it, the process's
-// own actions are back.
+// An ignored signal stays ignored during the file; after it, the old actions are back.
 TEST(ZtAtomicFile, ThePreviousSignalActionsComeBack) {
   const auto handler = [](int number) {
     struct sigaction action {};
