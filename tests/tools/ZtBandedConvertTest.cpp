@@ -42,8 +42,7 @@ TEST(ZtBandedConvert, AnyNumberOfBandsGivesTheBytesOfOneConversion) {
       {{9, 11, P::RGBA, D::UShort}, {9, 11, P::RGBA, D::UShort}},  // the copy short cut, by bands
   };
   for (const auto& [from, to] : cases) {
-    const CZtImage source =
-        ZtTest::Scrambled(from.Width, from.Height, from.PixelType, from.DataType);
+    const CZtImage source = ZtTest::Scrambled(from);
     CZtImage whole(to);
     ASSERT_TRUE(CZtImage::ConvertMemory(whole.GetDataPtr(), source.GetDataPtr(), to, from));
     for (unsigned threads : {1u, 2u, 3u, 4u, 8u, 50u}) {
@@ -58,7 +57,7 @@ TEST(ZtBandedConvert, AnyNumberOfBandsGivesTheBytesOfOneConversion) {
 }
 
 TEST(ZtBandedConvert, RefusesWhatTheLibraryRefusesAndUnequalSizes) {
-  const CZtImage source = ZtTest::Scrambled(4, 4, P::RGB, D::UByte);
+  const CZtImage source = ZtTest::Scrambled({4, 4, P::RGB, D::UByte});
   CZtImage target(CZtImageFormat(4, 4, P::RGB, D::Float));
   for (const auto& [to, accepted] : {std::pair{target.GetFormat(), true},
                                      {{4, 4, P::BayerRG, D::UByte}, false},

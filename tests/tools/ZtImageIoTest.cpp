@@ -25,7 +25,7 @@ TEST(ZtImageIo, EveryWriterRoundTripsThroughItsReaderForEveryFormatItHolds) {
       for (EDataType::ID d : kAllDataTypes) {
         if (!CanHold(FileFormatOf("." + extension), p, d)) continue;
         // Odd sizes, so that a row order or row length mistake shows.
-        const CZtImage written = Scrambled(7, 5, p, d);
+        const CZtImage written = Scrambled({7, 5, p, d});
         const std::string path = dir / (std::to_string(++cases) + "." + extension);
         SCOPED_TRACE(path + " " + FormatText(written));
         WriteImageFile(path, written);
@@ -104,7 +104,7 @@ std::string ReadOutcome(const std::string& path, CZtImage& image) {
 
 TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
   CScratchDir dir;
-  WriteImageFile(dir / "good.png", Scrambled(4, 3, EPixelType::RGB, EDataType::UByte));
+  WriteImageFile(dir / "good.png", Scrambled({4, 3, EPixelType::RGB, EDataType::UByte}));
   const std::string png = ReadFile(dir / "good.png");
   ASSERT_GT(png.size(), 40u);
   std::string badCrc = png;
@@ -336,7 +336,7 @@ TEST(ZtAtomicFile, AFailedWriteLeavesNoFileAndKeepsWhatStoodThere) {
   const std::string path = dir / "kept.pgm";
   WriteFile(path, "old contents");
   // A writer that cannot hold the image fails before opening anything.
-  const CZtImage colour = Scrambled(2, 2, EPixelType::RGB, EDataType::UByte);
+  const CZtImage colour = Scrambled({2, 2, EPixelType::RGB, EDataType::UByte});
   EXPECT_EQ(MessageOf<CIoError>([&] { WriteImageFile(path, colour); }),
             path + ": PGM files hold Lum with UByte or UShort samples, not RGB, UByte");
   {  // A file abandoned halfway, as when an exception passes during writing.
@@ -346,7 +346,7 @@ TEST(ZtAtomicFile, AFailedWriteLeavesNoFileAndKeepsWhatStoodThere) {
   }
   EXPECT_EQ(ReadFile(path), "old contents");
   EXPECT_EQ(dir.Entries(), "kept.pgm");
-  const CZtImage grey = Scrambled(2, 2, EPixelType::Lum, EDataType::UByte);
+  const CZtImage grey = Scrambled({2, 2, EPixelType::Lum, EDataType::UByte});
   EXPECT_TRUE(Has(MessageOf<CIoError>([&] { WriteImageFile(dir / "missing/out.pgm", grey); }),
                   "cannot create a file in directory '" + dir / "missing'"));
   // A committed file replaces the old one; a new one gets the usual mode.

@@ -103,12 +103,10 @@ inline std::string Samples(const Zt::CZtImage& image) {
 
 // An image of the format whose bytes follow a fixed pseudo-random sequence,
 // so that any misplaced byte shows.
-inline Zt::CZtImage Scrambled(int width, int height, Zt::EPixelType::ID pixelType,
-                              Zt::EDataType::ID dataType, unsigned seed = 12345) {
-  Zt::CZtImage image;
-  EXPECT_TRUE(image.Create(width, height, pixelType, dataType));
+inline Zt::CZtImage Scrambled(const Zt::CZtImageFormat& format) {
+  Zt::CZtImage image(format);
   auto* bytes = static_cast<unsigned char*>(image.GetDataPtr());
-  for (unsigned i = 0; i < image.GetByteCount(); ++i) {
+  for (unsigned i = 0, seed = 12345; i < image.GetByteCount(); ++i) {
     seed = seed * 1103515245u + 12345u;
     bytes[i] = static_cast<unsigned char>(seed >> 16);
   }
