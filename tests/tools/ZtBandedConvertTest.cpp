@@ -8,77 +8,63 @@
 #include "ZtBandedConvert.h"
 #include "ZtToolTestSupport.h"
 
-using Zt::CZtImage;
-using Zt::CZtImageFormat;
-using Zt::EDataType;
-using Zt::EPixelType;
+using namespace Zt;
+using P = EPixelType;
+using D = EDataType;
 
 namespace {
 
 TEST(ZtBandedConvert, SplitRowsCoversEveryRowOnceInNearlyEqualBands) {
-  const struct {
-    int Height;
-    unsigned Bands;
-    std::vector<int> Rows;
-  } cases[] = {
-      {10, 1, {10}}, {10, 3, {4, 3, 3}}, {9, 3, {3, 3, 3}}, {2, 5, {1, 1}},
-      {1, 4, {1}},   {7, 0, {7}},        {0, 3, {}},        {5, 5, {1, 1, 1, 1, 1}},
+  // Height, bands asked for, then each band as its first row + its rows.
+  const std::tuple<int, unsigned, std::string> cases[] = {
+      {10, 1, "0+10 "},
+      {10, 3, "0+4 4+3 7+3 "},
+      {9, 3, "0+3 3+3 6+3 "},
+      {2, 5, "0+1 1+1 "},
+      {1, 4, "0+1 "},
+      {7, 0, "0+7 "},
+      {0, 3, ""},
+      {5, 5, "0+1 1+1 2+1 3+1 4+1 "},
   };
-  for (const auto& c : cases) {
-    const auto bands = ZtThreads::SplitRows(c.Height, c.Bands);
-    std::vector<int> rows;
-    int next = 0;
-    for (const auto& band : bands) {
-      EXPECT_EQ(band.FirstRow, next) << c.Height << " in " << c.Bands;
-      next += band.Rows;
-      rows.push_back(band.Rows);
-    }
-    EXPECT_EQ(rows, c.Rows) << c.Height << " in " << c.Bands;
+  for (const auto& [height, count, expected] : cases) {
+    std::string bands;
+    for (const auto& band : ZtThreads::SplitRows(height, count))
+      bands += std::to_string(band.FirstRow) + "+" + std::to_string(band.Rows) + " ";
+    EXPECT_EQ(bands, expected) << height << " in " << count;
   }
 }
 
 TEST(ZtBandedConvert, AnyNumberOfBandsGivesTheBytesOfOneConversion) {
-  const struct {
-    CZtImageFormat Source;
-    EPixelType::ID Layout;
-    EDataType::ID Type;
-  } cases[] = {
-      {{37, 23, EPixelType::RGB, EDataType::UByte}, EPixelType::BGRA, EDataType::Float},
-      {{5, 7, EPixelType::LumA, EDataType::Double}, EPixelType::RGB, EDataType::Short},
-      {{64, 3, EPixelType::BayerGB, EDataType::Int}, EPixelType::Lum, EDataType::UInt},
-      // Equal formats take the library's copy short cut, band by band.
-      {{9, 11, EPixelType::RGBA, EDataType::UShort}, EPixelType::RGBA, EDataType::UShort},
+  const std::pair<CZtImageFormat, CZtImageFormat> cases[] = {
+      {{37, 23, P::RGB, D::UByte}, {37, 23, P::BGRA, D::Float}},
+      {{5, 7, P::LumA, D::Double}, {5, 7, P::RGB, D::Short}},
+      {{64, 3, P::BayerGB, D::Int}, {64, 3, P::Lum, D::UInt}},
+      {{9, 11, P::RGBA, D::UShort}, {9, 11, P::RGBA, D::UShort}},  // the copy short cut, by bands
   };
-  for (const auto& c : cases) {
-    const CZtImage source =
-        ZtTest::Scrambled(c.Source.Width, c.Source.Height, c.Source.PixelType, c.Source.DataType);
-    const CZtImageFormat targetFormat(c.Source.Width, c.Source.Height, c.Layout, c.Type);
-    CZtImage whole(targetFormat);
-    ASSERT_TRUE(
-        CZtImage::ConvertMemory(whole.GetDataPtr(), source.GetDataPtr(), targetFormat, c.Source));
+  for (const auto& [from, to] : cases) {
+    const CZtImage source = ZtTest::Scrambled(from);
+    CZtImage whole(to);
+    ASSERT_TRUE(CZtImage::ConvertMemory(whole.GetDataPtr(), source.GetDataPtr(), to, from));
     for (unsigned threads : {1u, 2u, 3u, 4u, 8u, 50u}) {
-      CZtImage banded(targetFormat);
+      CZtImage banded(to);
       std::memset(banded.GetDataPtr(), 0x5A, banded.GetByteCount());
-      ASSERT_TRUE(ZtThreads::ConvertInBands(banded.GetDataPtr(), source.GetDataPtr(), targetFormat,
-                                            c.Source, threads));
-      EXPECT_EQ(std::memcmp(banded.GetDataPtr(), whole.GetDataPtr(), whole.GetByteCount()), 0)
-          << c.Source.ToString().ToCString() << " in " << threads << " bands";
+      ASSERT_TRUE(
+          ZtThreads::ConvertInBands(banded.GetDataPtr(), source.GetDataPtr(), to, from, threads));
+      EXPECT_EQ(ZtTest::Bytes(banded), ZtTest::Bytes(whole))
+          << from.ToString().ToCString() << " in " << threads << " bands";
     }
   }
 }
 
 TEST(ZtBandedConvert, RefusesWhatTheLibraryRefusesAndUnequalSizes) {
-  const CZtImage source = ZtTest::Scrambled(4, 4, EPixelType::RGB, EDataType::UByte);
-  CZtImage target(CZtImageFormat(4, 4, EPixelType::RGB, EDataType::Float));
-  const CZtImageFormat& from = source.GetFormat();
-  EXPECT_FALSE(ZtThreads::ConvertInBands(
-      target.GetDataPtr(), source.GetDataPtr(),
-      CZtImageFormat(4, 4, EPixelType::BayerRG, EDataType::UByte), from, 2));
-  EXPECT_FALSE(ZtThreads::ConvertInBands(target.GetDataPtr(), source.GetDataPtr(),
-                                         CZtImageFormat(4, 3, EPixelType::RGB, EDataType::Float),
-                                         from, 2));
-  EXPECT_TRUE(ZtThreads::ConvertInBands(target.GetDataPtr(), source.GetDataPtr(),
-                                        target.GetFormat(), from, 2));
+  const CZtImage source = ZtTest::Scrambled({4, 4, P::RGB, D::UByte});
+  CZtImage target(CZtImageFormat(4, 4, P::RGB, D::Float));
+  for (const auto& [to, accepted] : {std::pair{target.GetFormat(), true},
+                                     {{4, 4, P::BayerRG, D::UByte}, false},
+                                     {{4, 3, P::RGB, D::Float}, false}}) {
+    EXPECT_EQ(accepted, ZtThreads::ConvertInBands(target.GetDataPtr(), source.GetDataPtr(), to,
+                                                  source.GetFormat(), 2));
+  }
 }
 
 }  // namespace

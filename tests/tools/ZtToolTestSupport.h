@@ -1,87 +1,112 @@
 #ifndef ZT_TESTS_TOOLS_ZTTOOLTESTSUPPORT_H
 #define ZT_TESTS_TOOLS_ZTTOOLTESTSUPPORT_H
 
-// A scratch directory per test and small file helpers.
+// A scratch directory per test, files as byte strings, images as text.
 
-#include <dirent.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iomanip>
+#include <set>
+#include <sstream>
 #include <string>
-#include <vector>
 
 #include "ZtCoreEx.h"
 
 namespace ZtTest {
 
-using CBytes = std::vector<unsigned char>;
+using namespace std::string_literals;
 
 // A fresh directory, removed with everything in it at the end of the test.
 class CScratchDir {
 public:
-  CScratchDir() {
-    std::string pattern = testing::TempDir() + "zt-tools-XXXXXX";
-    std::vector<char> buffer(pattern.begin(), pattern.end());
-    buffer.push_back('\0');
-    if (mkdtemp(buffer.data()) == nullptr) ADD_FAILURE() << "mkdtemp failed";
-    m_Path = buffer.data();
+  CScratchDir() : m_Path(testing::TempDir() + "zt-tools-XXXXXX") {
+    if (mkdtemp(m_Path.data()) == nullptr) ADD_FAILURE() << "mkdtemp failed";
   }
-  ~CScratchDir() { std::system(("rm -rf '" + m_Path + "'").c_str()); }
+  ~CScratchDir() {
+    std::error_code ignored;  // what cannot be removed stays, as with rm -rf
+    std::filesystem::remove_all(m_Path, ignored);
+  }
   CScratchDir(const CScratchDir&) = delete;
   CScratchDir& operator=(const CScratchDir&) = delete;
 
   std::string operator/(const std::string& name) const { return m_Path + "/" + name; }
+  // Runs a shell command inside the directory; true when it succeeds.
+  bool Run(const std::string& command) const {
+    return std::system(("cd '" + m_Path + "' && " + command).c_str()) == 0;
+  }
 
-  // Names in the directory, hidden ones (temporary files) included.
-  std::vector<std::string> Entries() const {
-    std::vector<std::string> names;
-    if (DIR* dir = opendir(m_Path.c_str())) {
-      while (dirent* entry = readdir(dir)) {
-        const std::string name = entry->d_name;
-        if (name != "." && name != "..") names.push_back(name);
-      }
-      closedir(dir);
-    }
-    return names;
+  // Names in the directory, hidden ones (temporary files) included, sorted
+  // and joined by blanks.
+  std::string Entries() const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_Path))
+      names.insert(entry.path().filename());
+    std::string joined;
+    for (const auto& name : names) joined += (joined.empty() ? "" : " ") + name;
+    return joined;
   }
 
 private:
   std::string m_Path;
 };
 
-inline void WriteBytes(const std::string& path, const CBytes& bytes) {
-  std::FILE* file = std::fopen(path.c_str(), "wb");
-  ASSERT_NE(file, nullptr) << path;
-  if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), file);
-  std::fclose(file);
+inline void WriteFile(const std::string& path, const std::string& bytes) {
+  EXPECT_TRUE(std::ofstream(path, std::ios::binary) << bytes) << path;
 }
 
-inline CBytes ReadBytes(const std::string& path) {
-  CBytes bytes;
-  if (std::FILE* file = std::fopen(path.c_str(), "rb")) {
-    int c = 0;
-    while ((c = std::fgetc(file)) != EOF) bytes.push_back(static_cast<unsigned char>(c));
-    std::fclose(file);
+inline std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+inline testing::AssertionResult Has(const std::string& text, const std::string& part) {
+  if (text.find(part) != std::string::npos) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << "'" << text << "' lacks '" << part << "'";
+}
+
+// The message of the E that `action` throws; anything else thrown fails the test.
+template <class E, class F>
+std::string MessageOf(F action) {
+  try {
+    action();
+  } catch (const E& e) {
+    return e.what();
   }
-  return bytes;
+  return "(nothing thrown)";
 }
 
-// Text followed by raw bytes, for hand-made files.
-inline CBytes Concat(const std::string& text, const CBytes& tail = {}) {
-  CBytes bytes(text.begin(), text.end());
-  bytes.insert(bytes.end(), tail.begin(), tail.end());
-  return bytes;
+inline std::string Bytes(const Zt::CZtImage& image) {
+  const auto* bytes = static_cast<const char*>(image.GetDataPtr());
+  return std::string(bytes, bytes + image.GetByteCount());
+}
+
+// The samples of a UByte, UShort or Float image as text ("0 128 255"),
+// exact for every float.
+inline std::string Samples(const Zt::CZtImage& image) {
+  const Zt::EDataType::ID type = image.GetFormat().DataType;
+  std::ostringstream text;
+  text << std::setprecision(9);
+  const void* data = image.GetDataPtr();
+  const unsigned size = static_cast<unsigned>(Zt::CZtImageFormat::GetDataTypeSize(type));
+  for (unsigned i = 0; i < image.GetByteCount() / size; ++i) {
+    text << (i == 0 ? "" : " ");
+    switch (type) {
+      case Zt::EDataType::UByte: text << +static_cast<const unsigned char*>(data)[i]; break;
+      case Zt::EDataType::UShort: text << static_cast<const unsigned short*>(data)[i]; break;
+      default: text << static_cast<const float*>(data)[i]; break;
+    }
+  }
+  return text.str();
 }
 
 // An image of the format whose bytes follow a fixed pseudo-random sequence,
 // so that any misplaced byte shows.
-inline Zt::CZtImage Scrambled(int width, int height, Zt::EPixelType::ID pixelType,
-                              Zt::EDataType::ID dataType, unsigned seed = 12345) {
-  Zt::CZtImage image;
-  EXPECT_TRUE(image.Create(width, height, pixelType, dataType));
+inline Zt::CZtImage Scrambled(const Zt::CZtImageFormat& format) {
+  Zt::CZtImage image(format);
   auto* bytes = static_cast<unsigned char*>(image.GetDataPtr());
-  for (unsigned i = 0; i < image.GetByteCount(); ++i) {
+  for (unsigned i = 0, seed = 12345; i < image.GetByteCount(); ++i) {
     seed = seed * 1103515245u + 12345u;
     bytes[i] = static_cast<unsigned char>(seed >> 16);
   }

@@ -1,106 +1,52 @@
 #!/usr/bin/env bash
-# zt-convert as a user runs it: exit codes, one-line messages on stderr, and
-# no output file (not even a hidden temporary one) after a failure.
+# zt-convert as a user runs it: exit codes, one-line messages on stderr, no
+# output file (not even a hidden temporary one) after a failure, pipelines and
+# fatal signals; its bash completion; and, given zt-demo, the demo's pictures.
 #
-#   zt_convert_cli.sh <zt-convert> <scratch dir>
+#   zt_convert_cli.sh <zt-convert> <completion script> <scratch dir> [<zt-demo>]
 set -uo pipefail
-tool=$1 dir=$2
-rm -rf "$dir"
-mkdir -p "$dir"
-cd "$dir" || exit 1
-failures=0 passed=0
+shopt -s extglob
+tool=$1 completion=$2 dir=$3 demo=${4:-}
+rm -rf "$dir" && mkdir -p "$dir/completion/sub" "$dir/empty" && cd "$dir" || exit 1
+failures=0
+fail() { echo "FAIL: $*" && failures=$((failures + 1)); }
 
 printf 'P5\n3 2\n255\n\001\002\003\004\005\377' >grey.pgm
 printf 'P5\n3 2\n255\n\001\002' >cut.pgm
-printf 'GIF89a' >fake.png
-printf 'P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK\nENDHDR\n\001\002\003\004' >cmyk.pam
-inputs=$(ls -A | sort)
+inputs=$(ls -A)
 
-# expect <exit code> <stderr pattern> -- <arguments...>
+# expect <exit code> <stderr pattern> <arguments...>: a failure says why in one
+# line on stderr and leaves nothing beside the inputs.
 expect() {
-  local code=$1 pattern=$2
-  shift 3
-  local err status
+  local code=$1 pattern=$2 err status
+  shift 2
   err=$("$tool" "$@" 2>&1 >/dev/null)
   status=$?
-  local problem=""
-  [[ $status -eq $code ]] || problem="exit $status, wanted $code"
-  [[ $code -eq 0 || $(wc -l <<<"$err") -eq 1 ]] || problem="$problem; message is not one line"
-  [[ $err =~ $pattern ]] || problem="$problem; stderr '$err' lacks '$pattern'"
-  if [[ $code -ne 0 && $(ls -A | sort) != "$inputs" ]]; then
-    problem="$problem; left behind: $(comm -13 <(echo "$inputs") <(ls -A | sort) | tr '\n' ' ')"
-    # Clean up so the next case starts from the inputs alone.
-    comm -13 <(echo "$inputs") <(ls -A | sort) | xargs -r rm -f --
-  fi
-  if [[ -n $problem ]]; then
-    echo "FAIL zt-convert $*: ${problem#; }"
-    failures=$((failures + 1))
-  else
-    passed=$((passed + 1))
-  fi
+  [[ $status -eq $code && $(wc -l <<<"$err") -eq 1 && $err =~ $pattern && $(ls -A) == "$inputs" ]] ||
+    fail "zt-convert $*: exit $status, wanted $code; stderr '$err', wanted '$pattern'; files $(ls -A)"
 }
 
-expect 2 'needs an INPUT and an OUTPUT'          -- grey.pgm
-expect 2 'unknown option --bogus'                -- --bogus grey.pgm out.png
-expect 2 "unknown layout 'CMYK'"                 -- -l CMYK grey.pgm out.png
-expect 2 "unknown file format of 'out.tiff'"     -- grey.pgm out.tiff
-expect 2 "unknown file format 'tiff'"            -- -f tiff grey.pgm out.png
-expect 2 'standard output needs its format'      -- grey.pgm -
-expect 2 'needs its format given'                -- grey.raw out.png
-expect 2 'PPM files hold RGB'                    -- -t Double grey.pgm out.ppm
-expect 2 'BayerGB target is only a copy'         -- -l BayerGB grey.pgm out.raw
-expect 2 'max-pixels needs a positive'           -- --max-pixels -3 grey.pgm out.png
-expect 1 "cannot open 'absent.png'"              -- absent.png out.png
-expect 1 'cut.pgm: file is truncated'            -- cut.pgm out.png
-expect 1 'fake.png: not a PNG file \(bad magic\)' -- fake.png out.pgm
-expect 1 "unsupported PAM tuple type 'CMYK'"     -- cmyk.pam out.png
-expect 1 'larger than 5 pixels'                  -- --max-pixels 5 grey.pgm out.png
-expect 1 "nowhere"                               -- grey.pgm nowhere/out.png
-
-# Successful runs, and a lossless round trip through PNG and raw.
-expect 0 '' -- grey.pgm grey.png
-expect 0 '' -- grey.png grey.raw
-expect 0 '' -- -r '3x2, Lum, UByte' grey.raw back.pgm
-if ! cmp -s grey.pgm back.pgm; then
-  echo "FAIL: grey.pgm did not survive PNG and raw unchanged"
-  failures=$((failures + 1))
-else
-  passed=$((passed + 1))
-fi
+# The messages themselves are checked in process; here what the shell sees.
+expect 2 "unknown layout 'CMYK'" -l CMYK grey.pgm out.png
+expect 2 'BayerGB target is only a copy' -l BayerGB grey.pgm out.raw
+expect 1 "cannot open 'absent.png'" absent.png out.png
+expect 1 'larger than 5 pixels' --max-pixels 5 grey.pgm out.png
+expect 1 'nowhere' grey.pgm nowhere/out.png
 # An existing output is replaced only by a complete file.
-cp grey.png keep.png
-inputs=$(ls -A | sort)
-expect 1 'cut.pgm: file is truncated' -- cut.pgm keep.png
-if ! cmp -s grey.png keep.png; then
-  echo "FAIL: a failed run changed an existing output"
-  failures=$((failures + 1))
-fi
+"$tool" grey.pgm grey.png && cp grey.png keep.png && inputs=$(ls -A) || fail "grey.pgm to PNG"
+expect 1 'cut.pgm: file is truncated' cut.pgm keep.png
+cmp -s grey.png keep.png || fail "a failed run changed an existing output"
 
-# check <description> <command...>: a shell pipeline that must succeed.
-check() {
-  local what=$1
-  shift
-  if "$@"; then
-    passed=$((passed + 1))
-  else
-    echo "FAIL: $what"
-    failures=$((failures + 1))
-  fi
-}
-
-# Pipelines: standard input is recognised by its content, standard output
-# takes the format -f names; a conversion to PNG and back is lossless.
-check "a pipeline through PNG and PAM keeps the pixels" \
-  sh -c '"$1" - -f png - <grey.pgm | "$1" - -f pam - | "$1" - -f pgm - | cmp -s - grey.pgm' sh "$tool"
-check "-f wins over the extension" \
-  sh -c '"$1" -f pam grey.pgm looks-like.png && head -c 3 looks-like.png | grep -q P7 && rm looks-like.png' sh "$tool"
-check "a raw block read from standard input" \
-  sh -c 'tail -c 6 grey.pgm | "$1" -r "3x2, Lum, UByte" - -f pgm - | cmp -s - grey.pgm' sh "$tool"
-check "--info names standard input '-'" \
-  sh -c '"$1" --info - <grey.pgm | grep -qx -- "-: PGM 3x2, Lum, UByte; magic=P5 maxval=255"' sh "$tool"
-check "--verbose writes to stderr when the image goes to stdout" \
-  sh -c '"$1" -v grey.pgm -f pgm - 2>&1 >/dev/null | grep -q "(3x2, Lum, UByte) -> -"' sh "$tool"
-check "--version prints the version" sh -c '"$1" --version | grep -q "^zt-convert (Zt.Core.Ex) [0-9]"' sh "$tool"
+# check <description> <shell command, with the tool as $1>. Standard input is
+# recognised by its content; standard output takes the format -f names.
+check() { sh -c "$2" sh "$tool" || fail "$1"; }
+check "a round trip through PNG and raw is lossless" '"$1" grey.png grey.raw && "$1" -r "3x2, Lum, UByte" grey.raw back.pgm && cmp -s grey.pgm back.pgm'
+check "a pipeline through PNG and PAM keeps the pixels" '"$1" - -f png - <grey.pgm | "$1" - -f pam - | "$1" - -f pgm - | cmp -s - grey.pgm'
+check "-f wins over the extension" '"$1" -f pam grey.pgm like.png && head -c 3 like.png | grep -q P7 && rm like.png'
+check "a raw block from standard input" 'tail -c 6 grey.pgm | "$1" -r "3x2, Lum, UByte" - -f pgm - | cmp -s - grey.pgm'
+check "--info names standard input '-'" '"$1" --info - <grey.pgm | grep -qx -- "-: PGM 3x2, Lum, UByte; magic=P5 maxval=255"'
+check "--verbose writes to stderr when the image goes to stdout" '"$1" -v grey.pgm -f pgm - 2>&1 >/dev/null | grep -q "(3x2, Lum, UByte) -> -"'
+check "--version prints the version" '"$1" --version | grep -q "^zt-convert (Zt.Core.Ex) [0-9]"'
 
 # Interrupted while it writes (16 MB of noise take a while to deflate), the
 # tool dies of the signal, as the shell must see, and leaves no file behind.
@@ -112,18 +58,58 @@ for signal in TERM HUP; do
   while ! compgen -G '.noise.png.*' >/dev/null && kill -0 "$pid" 2>/dev/null; do :; done
   kill -s "$signal" "$pid" 2>/dev/null
   { wait "$pid"; } 2>/dev/null
-  status=$?
-  wanted=$((128 + $(kill -l "$signal")))
-  left=$(compgen -G '*noise.png*' | tr '\n' ' ')
-  if [[ $status -ne $wanted || -n $left ]]; then
-    echo "FAIL: SIG$signal while writing: exit $status, wanted $wanted${left:+; left behind: $left}"
-    failures=$((failures + 1))
-    rm -f .noise.png.* noise.png
-  else
-    passed=$((passed + 1))
-  fi
+  status=$? wanted=$((128 + $(kill -l "$signal"))) left=$(compgen -G '*noise.png*')
+  [[ $status -eq $wanted && -z $left ]] ||
+    fail "SIG$signal while writing: exit $status, wanted $wanted; left behind: $left"
+  rm -f .noise.png.* noise.png
 done
 rm -f noise.raw
 
-echo "${passed} passed, ${failures} failed"
+# The completion: offers <expected words> <words of the command line, the last one completed>.
+cd completion && touch a.png b.PGM c.txt d.raw || exit 1
+# shellcheck source=/dev/null
+source "$completion"
+offers() {
+  local expected=$1 got
+  shift
+  COMP_WORDS=(zt-convert "$@") COMP_CWORD=$# COMPREPLY=()
+  _zt_convert
+  got=$(printf '%s\n' "${COMPREPLY[@]}" | sort | tr '\n' ' ')
+  [[ ${got% } == "$expected" ]] || fail "completing zt-convert $*: '${got% }', wanted '$expected'"
+}
+offers "BGR BGRA BayerBG BayerGB BayerGR BayerRG" -l B
+offers "LumA" --layout LumA
+offers "UByte UInt UShort" -t U
+offers "pam pfm pgm png pnm ppm" -f p
+offers "--verbose --version" --ve
+offers "--raw-format" in.png --raw
+offers "" -r ""
+offers "a.png b.PGM d.raw sub" ""
+offers "a.png" -v a
+
+# The demo takes its options as options, not as the name of a directory; every
+# PNG of its tour is there, and the pairs that must agree pixel for pixel do.
+if [[ -n $demo ]]; then
+  cd "$dir/empty" || exit 1
+  "$demo" --help | grep -q '^usage: zt-demo' || fail "zt-demo --help prints no usage"
+  "$demo" --version | grep -q '^zt-demo (Zt.Core.Ex) [0-9]' || fail "zt-demo prints no version"
+  "$demo" --bogus 2>/dev/null && fail "zt-demo --bogus succeeded"
+  [[ -z $(ls -A) ]] || fail "zt-demo made a directory of an option"
+  "$demo" "$dir/demo" >"$dir/demo.log" || fail "zt-demo: $(cat "$dir/demo.log")"
+  cd "$dir/demo" || exit 1
+  for png in chart{,-bgra,-rgb16,-lum,-luma,-lum-rgb,-from-float,-from-signed} mosaic; do
+    [[ -s $png.png ]] || fail "missing $png.png"
+  done
+  # same <a> <b> <layout> <type>: both files as raw pixels of that format agree.
+  same() {
+    "$tool" -l "$3" -t "$4" "$1" a.raw && "$tool" -l "$3" -t "$4" "$2" b.raw &&
+      cmp -s a.raw b.raw || fail "$1 and $2 differ as $3 $4"
+  }
+  same chart.png chart-bgra.png RGBA UByte      # a swap in memory, the same picture
+  same chart-lum.png chart-lum-rgb.png Lum UByte # grey repeated, then its red taken back
+  same chart.png chart-rgb16.png RGB UByte      # alpha dropped before or after the 16 bits
+  same chart-lum.png chart.png Lum UByte        # luminance is the red sample
+  same chart.png chart-luma.png LumA UByte      # red and alpha
+fi
+echo "${failures} failed"
 [[ $failures -eq 0 ]]
