@@ -1,9 +1,7 @@
 # Numeric, string and two-dimensional arrays as a user meets them, through
 # the shared library; their exhausted memory is swept in zt_alloc_sweep_tests.
 zt_add_gtest(zt_arrays_tests
-  SOURCES
-    zt.core.ex/ZtArrayTest.cpp
-    zt.core.ex/ZtArrayStringTest.cpp
+  SOURCES zt.core.ex/ZtArrayTest.cpp
   LIBS Zt::CoreEx)
 
 # Makes chosen calls of malloc, realloc or operator new fail in the binary
@@ -16,8 +14,6 @@ target_link_options(zt_alloc_fail INTERFACE -Wl,--wrap=malloc -Wl,--wrap=realloc
 # The building blocks that the shared library hides, linked from the
 # component's objects, where malloc and realloc can be made to fail too.
 zt_add_gtest(zt_arrays_internal_tests
-  SOURCES
-    zt.core.ex/ZtMemTest.cpp
-    zt.core.ex/ZtMatrixTest.cpp
+  SOURCES zt.core.ex/ZtMemTest.cpp
   LIBS ZtCore zt_alloc_fail)
 zt_link_components(zt_arrays_internal_tests arrays)
