@@ -1,10 +1,5 @@
-# Numeric, string and two-dimensional arrays as a user meets them, through
-# the shared library; their exhausted memory is swept in zt_alloc_sweep_tests.
-zt_add_gtest(zt_arrays_tests
-  SOURCES
-    zt.core.ex/ZtArrayTest.cpp
-    zt.core.ex/ZtArrayStringTest.cpp
-  LIBS Zt::CoreEx)
+# Numeric, string and two-dimensional arrays through the shared library.
+zt_add_gtest(zt_arrays_tests SOURCES zt.core.ex/ZtArrayTest.cpp LIBS Zt::CoreEx)
 
 # Makes chosen calls of malloc, realloc or operator new fail in the binary
 # that links it (see support/ZtAllocFail.h); generic, for any suite.
@@ -13,11 +8,7 @@ target_include_directories(zt_alloc_fail PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/supp
 target_link_libraries(zt_alloc_fail PRIVATE zt_test_options)
 target_link_options(zt_alloc_fail INTERFACE -Wl,--wrap=malloc -Wl,--wrap=realloc -Wl,--wrap=free)
 
-# The building blocks that the shared library hides, linked from the
-# component's objects, where malloc and realloc can be made to fail too.
-zt_add_gtest(zt_arrays_internal_tests
-  SOURCES
-    zt.core.ex/ZtMemTest.cpp
-    zt.core.ex/ZtMatrixTest.cpp
-  LIBS ZtCore zt_alloc_fail)
+# The memory blocks and matrices that the shared library hides, linked from
+# the component's objects, where malloc and realloc can be made to fail too.
+zt_add_gtest(zt_arrays_internal_tests SOURCES zt.core.ex/ZtMemTest.cpp LIBS ZtCore zt_alloc_fail)
 zt_link_components(zt_arrays_internal_tests arrays)

@@ -1,6 +1,2 @@
 # Image format and owned image, through the shared library as a user sees them.
-zt_add_gtest(zt_image_tests
-  SOURCES
-    zt.core.ex/ZtImageFormatTest.cpp
-    zt.core.ex/ZtImageTest.cpp
-  LIBS Zt::CoreEx)
+zt_add_gtest(zt_image_tests SOURCES zt.core.ex/ZtImageTest.cpp LIBS Zt::CoreEx)

@@ -1,18 +1,16 @@
 #ifndef ZT_TESTS_ZTCHAIN_H
 #define ZT_TESTS_ZTCHAIN_H
 
-// A raised failure as a caller walks it: each exception of its chain, from
-// the outermost one inward. Two views of it:
-//  - Link: message, function, file and whether it is a
-//    CZtOutOfMemoryException, for checks of where a failure was raised;
-//  - Chain: the name and message of each link, for checks of what a caller
-//    is told, specific parameter exceptions included.
+// A raised failure as a caller walks it, each exception of its chain from the
+// outermost one inward: as Links (where each was raised) or as a Chain of
+// (name, message) pairs (what a caller is told).
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <ostream>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -21,16 +19,14 @@
 namespace ZtTest {
 
 struct Link {
-  std::string message;
-  std::string function;
-  std::string file;
+  std::string message, function, file;
   bool outOfMemory = false;  // a CZtOutOfMemoryException, else a plain CZtException
   std::string name = "";     // the class's name, for a link of any other class
 };
 
 inline bool operator==(const Link& a, const Link& b) {
-  return a.message == b.message && a.function == b.function && a.file == b.file &&
-         a.outOfMemory == b.outOfMemory && a.name == b.name;
+  return std::tie(a.message, a.function, a.file, a.outOfMemory, a.name) ==
+         std::tie(b.message, b.function, b.file, b.outOfMemory, b.name);
 }
 
 inline void PrintTo(const Link& link, std::ostream* out) {
@@ -47,9 +43,9 @@ inline std::vector<Link> LinksOf(const Zt::CIException& head) {
   std::vector<Link> links;
   for (const Zt::CIException* e = &head; e != nullptr; e = InnerOf(*e)) {
     const bool outOfMemory = e->GetGUID() == Zt::CZtOutOfMemoryException::ClassGuid;
-    const bool plain = e->GetGUID() == Zt::CZtException::ClassGuid;
+    const bool plain = outOfMemory || e->GetGUID() == Zt::CZtException::ClassGuid;
     links.push_back({e->GetMessageText(), e->GetFunction(), e->GetFile(), outOfMemory,
-                     outOfMemory || plain ? "" : e->GetName()});
+                     plain ? "" : e->GetName()});
   }
   return links;
 }
@@ -69,7 +65,6 @@ inline void ExpectRaise(const std::function<void()>& op, const std::vector<Link>
   }
 }
 
-// (name, message) of each link, outermost first.
 using Chain = std::vector<std::pair<std::string, std::string>>;
 
 inline Chain ChainOf(const Zt::CIException& head) {
@@ -80,8 +75,7 @@ inline Chain ChainOf(const Zt::CIException& head) {
   return chain;
 }
 
-// The chain that `operation` raised, empty if it returned. The head of every
-// chain is caught as CZtException: that is what callers catch.
+// The chain that `operation` raised, empty if it returned.
 template <class F>
 Chain Raised(F&& operation) {
   try {

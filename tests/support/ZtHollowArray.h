@@ -1,9 +1,8 @@
 #ifndef ZT_TESTS_ZTHOLLOWARRAY_H
 #define ZT_TESTS_ZTHOLLOWARRAY_H
 
-// A numeric array whose implementation object is missing, as far as the
-// code under test can tell: the state a caller can only reach by a failed
-// construction. The implementation comes back before the array dies.
+// An array whose implementation object is missing, as after a failed
+// construction; the implementation comes back before the array dies.
 
 namespace ZtTest {
 

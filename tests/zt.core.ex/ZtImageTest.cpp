@@ -3,28 +3,33 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <string>
+#include <tuple>
 #include <vector>
 
 #include "ZtCoreEx.h"
 #include "ZtTypeLists.h"
 
-using Zt::CZtImage;
-using Zt::CZtImageFormat;
-using Zt::EDataType;
-using Zt::EPixelType;
-using Zt::IImage;
+using namespace Zt;
 using namespace ZtTest;
+using Floats = std::vector<float>;
 
 namespace {
+
+std::string Text(const CZtImageFormat& f) { return f.ToString().ToCString(); }
+
+// Components, bytes per pixel, pixels and bytes of a format.
+std::tuple<int, int, unsigned, unsigned> Sizes(const CZtImageFormat& f) {
+  return {f.GetComponentCount(), f.GetBytesPerPixel(), f.GetPixelCount(), f.GetByteCount()};
+}
 
 // A valid image whose bytes count up from `seed`, so copies can be checked.
 CZtImage Patterned(int w, int h, EPixelType::ID p, EDataType::ID d, unsigned char seed = 1) {
   CZtImage image;
   EXPECT_TRUE(image.Create(w, h, p, d));
   auto* bytes = static_cast<unsigned char*>(image.GetDataPtr());
-  for (unsigned int i = 0; i < image.GetByteCount(); ++i) {
+  for (unsigned int i = 0; i < image.GetByteCount(); ++i)
     bytes[i] = static_cast<unsigned char>(seed + i);
-  }
   return image;
 }
 
@@ -39,29 +44,95 @@ bool IsZeroFormat(const CZtImage& image) {
   return image.GetFormat() == zero;
 }
 
-TEST(CZtImage, CreatesEveryKnownFormatAndAnswersFromIt) {
+TEST(CZtImage, EveryKnownPairHasItsSizesAndTextAndMakesAnImageThatAnswersFromIt) {
   for (const auto& p : kPixelTypes) {
     for (const auto& d : kDataTypes) {
+      const CZtImageFormat f(7, 3, p.type, d.type);
+      const int bytes = p.components * d.bytes;
+      const unsigned byteCount = 21u * static_cast<unsigned>(bytes);
+      EXPECT_EQ(Sizes(f), std::make_tuple(p.components, bytes, 21u, byteCount));
+      EXPECT_EQ(Text(f), std::string("7x3, ") + p.name + ", " + d.name);
+      EXPECT_EQ(f.IsBayerPixelType(), std::string(p.name).rfind("Bayer", 0) == 0) << p.name;
       CZtImage image;
-      ASSERT_TRUE(image.Create(5, 3, p.type, d.type)) << p.name << " " << d.name;
-      EXPECT_TRUE(image.IsValid());
-      EXPECT_EQ(image.GetBytesPerPixel(), p.components * d.bytes);
-      EXPECT_EQ(image.GetPixelCount(), 15u);
-      EXPECT_EQ(image.GetByteCount(), 15u * static_cast<unsigned>(p.components * d.bytes));
+      ASSERT_TRUE(image.Create(7, 3, p.type, d.type)) << Text(f);
       int w = 0, h = 0;
       image.GetSize(w, h);
-      EXPECT_EQ(w, 5);
-      EXPECT_EQ(h, 3);
       EPixelType::ID pt{};
       EDataType::ID dt{};
       image.GetType(pt, dt);
-      EXPECT_EQ(pt, p.type);
-      EXPECT_EQ(dt, d.type);
-      EXPECT_TRUE(image.IsOfType(p.type, d.type));
+      EXPECT_EQ(std::make_tuple(image.GetBytesPerPixel(), image.GetPixelCount(),
+                                image.GetByteCount(), w, h, pt, dt),
+                std::make_tuple(bytes, 21u, byteCount, 7, 3, p.type, d.type));
+      EXPECT_TRUE(image.IsValid() && image.IsOfType(p.type, d.type));
       EXPECT_FALSE(image.IsOfType(p.type, EDataType::ID(0)));
-      EXPECT_EQ(image.GetFormat(), CZtImageFormat(5, 3, p.type, d.type));
+      EXPECT_EQ(image.GetFormat(), f);
     }
   }
+}
+
+// Unknown types display None or Void, have no size, and zero an image's
+// format from either state.
+TEST(CZtImage, UnknownTypesHaveNoSizeAndAreRefused) {
+  for (int value : kUnknownPixelTypes) {
+    const CZtImageFormat f(2, 2, AsPixelType(value), EDataType::UByte);
+    EXPECT_STREQ(CZtImageFormat::PixelType2String(AsPixelType(value)).ToCString(), "None") << value;
+    EXPECT_EQ(Sizes(f), std::make_tuple(0, 0, 4u, 0u)) << value;
+    EXPECT_FALSE(f.IsBayerPixelType()) << value;
+    CZtImage image = Patterned(2, 2, EPixelType::Lum, EDataType::Float);
+    EXPECT_FALSE(image.Create(2, 2, AsPixelType(value), EDataType::Float)) << value;
+    EXPECT_TRUE(!image.IsValid() && IsZeroFormat(image)) << value;
+  }
+  for (int value : kUnknownDataTypes) {
+    const CZtImageFormat f(2, 2, EPixelType::RGBA, AsDataType(value));
+    EXPECT_STREQ(CZtImageFormat::DataType2String(AsDataType(value)).ToCString(), "Void") << value;
+    EXPECT_EQ(Sizes(f), std::make_tuple(4, 0, 4u, 0u)) << value;  // components still answered
+    CZtImage image;
+    EXPECT_FALSE(image.Create(2, 2, EPixelType::Lum, AsDataType(value))) << value;
+    EXPECT_TRUE(!image.IsValid() && IsZeroFormat(image)) << value;
+  }
+}
+
+TEST(CZtImageFormat, SizesWrapModulo2To32) {
+  const struct {
+    int width, height;
+    EPixelType::ID pixel;
+    EDataType::ID data;
+    unsigned int pixels, bytes;
+  } cases[] = {
+      {65536, 65536, EPixelType::Lum, EDataType::UByte, 0u, 0u},
+      {16384, 16384, EPixelType::RGB, EDataType::Double, 268435456u, 2147483648u},
+      {32768, 32768, EPixelType::RGBA, EDataType::UByte, 1073741824u, 0u},
+      {-1, 2, EPixelType::Lum, EDataType::UByte, 4294967294u, 4294967294u},
+      {-3, -5, EPixelType::LumA, EDataType::Short, 15u, 60u},
+      {65535, 65537, EPixelType::Lum, EDataType::UByte, 4294967295u, 4294967295u},
+  };
+  for (const auto& c : cases) {
+    const CZtImageFormat f(c.width, c.height, c.pixel, c.data);
+    EXPECT_EQ(std::make_pair(f.GetPixelCount(), f.GetByteCount()),
+              std::make_pair(c.pixels, c.bytes))
+        << c.width << "x" << c.height;
+  }
+  EXPECT_EQ(Text(CZtImageFormat(-1, 2, EPixelType::Lum, EDataType::UByte)), "-1x2, Lum, UByte");
+}
+
+TEST(CZtImageFormat, ResetCopyAndComparison) {
+  CZtImageFormat f(640, 480, EPixelType::RGB, EDataType::UByte), g;
+  EXPECT_EQ(Text(f), "640x480, RGB, UByte");
+  g = f;
+  EXPECT_TRUE(g == f && !(g != f));
+  EXPECT_TRUE(g.DataType == EDataType::UByte && g.PixelType == EPixelType::RGB);
+  // Each field on its own makes two formats unequal, even at equal byte counts.
+  for (const CZtImageFormat& other : {CZtImageFormat{641, 480, EPixelType::RGB, EDataType::UByte},
+                                      CZtImageFormat{640, 481, EPixelType::RGB, EDataType::UByte},
+                                      CZtImageFormat{640, 480, EPixelType::BGR, EDataType::UByte},
+                                      CZtImageFormat{640, 480, EPixelType::RGB, EDataType::Byte}}) {
+    EXPECT_TRUE(f != other && !(f == other));
+  }
+  f.Reset();
+  EXPECT_EQ(Text(f), "0x0, None, Void");
+  EXPECT_TRUE(f.Width == 0 && static_cast<int>(f.DataType) == 0);
+  EXPECT_EQ(Sizes(f), std::make_tuple(0, 0, 0u, 0u));
+  static_assert(sizeof(CZtImageFormat) == 16, "four 32-bit fields, nothing else");
 }
 
 TEST(CZtImage, RefusedCreateLeavesTheStateThatTheRefusalCallsFor) {
@@ -69,54 +140,25 @@ TEST(CZtImage, RefusedCreateLeavesTheStateThatTheRefusalCallsFor) {
   for (const auto& size : {std::pair<int, int>{100, 0}, {0, 100}, {-1, 5}, {5, -7}}) {
     CZtImage image = Patterned(4, 4, EPixelType::RGB, EDataType::UByte);
     EXPECT_FALSE(image.Create(size.first, size.second, EPixelType::RGB, EDataType::UByte));
-    EXPECT_FALSE(image.IsValid());
-    EXPECT_TRUE(IsZeroFormat(image));
+    EXPECT_TRUE(!image.IsValid() && IsZeroFormat(image));
   }
   // A size below 1 on an Empty image leaves its leftover format alone.
-  {
-    CZtImage image;
-    ASSERT_FALSE(image.Create(3, 3, EPixelType::RGB, AsDataType(0x1407)));
-    EXPECT_TRUE(IsZeroFormat(image));
-    image.Destroy();
-    EXPECT_FALSE(image.Create(0, 3, EPixelType::RGB, EDataType::UByte));
-    EXPECT_TRUE(IsZeroFormat(image));
-  }
-  // An unknown type zeroes the format, from either state.
-  for (int unknown : kUnknownPixelTypes) {
-    CZtImage image = Patterned(2, 2, EPixelType::Lum, EDataType::Float);
-    EXPECT_FALSE(image.Create(2, 2, AsPixelType(unknown), EDataType::Float)) << unknown;
-    EXPECT_FALSE(image.IsValid());
-    EXPECT_TRUE(IsZeroFormat(image));
-  }
-  for (int unknown : kUnknownDataTypes) {
-    CZtImage image;
-    EXPECT_FALSE(image.Create(2, 2, EPixelType::Lum, AsDataType(unknown))) << unknown;
-    EXPECT_FALSE(image.IsValid());
-    EXPECT_TRUE(IsZeroFormat(image));
-  }
+  CZtImage empty;
+  ASSERT_FALSE(empty.Create(3, 3, EPixelType::RGB, AsDataType(0x1407)));
+  EXPECT_TRUE(IsZeroFormat(empty));
+  empty.Destroy();
+  EXPECT_FALSE(empty.Create(0, 3, EPixelType::RGB, EDataType::UByte));
+  EXPECT_TRUE(IsZeroFormat(empty));
 }
 
 TEST(CZtImage, CopyingFormsCopyDeeplyAndRefuseInvalidSourcesWithoutChange) {
-  const CZtImage source = Patterned(3, 2, EPixelType::BGRA, EDataType::UShort, 9);
-  const CZtImage empty;
-
-  CZtImage a(source);
-  EXPECT_TRUE(SameBytes(a, source));
+  const CZtImage source = Patterned(3, 2, EPixelType::BGRA, EDataType::UShort, 9), empty;
+  CZtImage a(source), b, c, d, e;
   EXPECT_NE(a.GetDataPtr(), source.GetDataPtr());
-
-  CZtImage b;
-  EXPECT_TRUE(b.Create(&source));
-  EXPECT_TRUE(SameBytes(b, source));
-  CZtImage c;
-  EXPECT_TRUE(c.Create(source));
-  EXPECT_TRUE(SameBytes(c, source));
-  CZtImage d;
+  EXPECT_TRUE(b.Create(&source) && c.Create(source));
   d = source;
-  EXPECT_TRUE(SameBytes(d, source));
-  CZtImage e;
   EXPECT_TRUE(e.Create(3, 2, EPixelType::BGRA, EDataType::UShort, source.GetDataPtr()));
-  EXPECT_TRUE(SameBytes(e, source));
-
+  for (const CZtImage* copy : {&a, &b, &c, &d, &e}) EXPECT_TRUE(SameBytes(*copy, source));
   // Refused sources change nothing: the old pixels stay.
   CZtImage target = Patterned(2, 2, EPixelType::Lum, EDataType::UByte, 50);
   const CZtImage before(target);
@@ -127,70 +169,46 @@ TEST(CZtImage, CopyingFormsCopyDeeplyAndRefuseInvalidSourcesWithoutChange) {
   target = empty;
   EXPECT_EQ(target.GetDataPtr(), block);
   EXPECT_TRUE(SameBytes(target, before));
-
-  CZtImage copyOfEmpty(empty);
-  EXPECT_FALSE(copyOfEmpty.IsValid());
-
+  EXPECT_FALSE(CZtImage(empty).IsValid());
   // The format constructor allocates; a refused format leaves it Empty.
-  CZtImage fromFormat(CZtImageFormat(4, 1, EPixelType::LumA, EDataType::Double));
-  EXPECT_TRUE(fromFormat.IsValid());
-  EXPECT_EQ(fromFormat.GetByteCount(), 64u);
-  CZtImage refused(CZtImageFormat(4, 0, EPixelType::LumA, EDataType::Double));
-  EXPECT_FALSE(refused.IsValid());
-  CZtImage viaCreate;
-  EXPECT_TRUE(viaCreate.Create(CZtImageFormat(1, 1, EPixelType::RGB, EDataType::Int)));
-}
-
-TEST(CZtImage, CopyingFromItselfEndsEmptyBecauseDestroyComesFirst) {
-  CZtImage a = Patterned(2, 2, EPixelType::RGB, EDataType::UByte);
+  const CZtImage fromFormat(CZtImageFormat(4, 1, EPixelType::LumA, EDataType::Double));
+  EXPECT_TRUE(fromFormat.IsValid() && fromFormat.GetByteCount() == 64u);
+  EXPECT_FALSE(CZtImage(CZtImageFormat(4, 0, EPixelType::LumA, EDataType::Double)).IsValid());
+  EXPECT_TRUE(e.Create(CZtImageFormat(1, 1, EPixelType::RGB, EDataType::Int)));
+  // Copying from itself ends Empty: Destroy comes first.
   CZtImage& alias = a;
   EXPECT_EQ(&(a = alias), &a);
-  EXPECT_FALSE(a.IsValid());
-  EXPECT_TRUE(IsZeroFormat(a));
-
-  for (bool viaInterface : {false, true}) {
-    CZtImage b = Patterned(2, 2, EPixelType::RGB, EDataType::UByte);
-    EXPECT_FALSE(viaInterface ? b.Create(&b) : b.Create(b)) << viaInterface;
-    EXPECT_FALSE(b.IsValid()) << viaInterface;
-  }
+  EXPECT_TRUE(!a.IsValid() && IsZeroFormat(a));
+  EXPECT_FALSE(b.Create(&b) || b.IsValid());
+  EXPECT_FALSE(c.Create(c) || c.IsValid());
 }
 
 TEST(CZtImage, SetCopiesIntoTheExistingBlockOnlyBetweenEqualFormats) {
-  CZtImage target = Patterned(3, 3, EPixelType::RGB, EDataType::Short, 1);
+  CZtImage target = Patterned(3, 3, EPixelType::RGB, EDataType::Short, 1), empty;
   const CZtImage source = Patterned(3, 3, EPixelType::RGB, EDataType::Short, 77);
   const void* block = target.GetDataPtr();
   EXPECT_TRUE(target.Set(source));
-  EXPECT_EQ(target.GetDataPtr(), block);
-  EXPECT_TRUE(SameBytes(target, source));
+  EXPECT_TRUE(target.GetDataPtr() == block && SameBytes(target, source));
   EXPECT_TRUE(target.Set(target));  // onto itself
-
-  const CZtImage refused[] = {CZtImage(), Patterned(3, 3, EPixelType::BGR, EDataType::Short),
-                              Patterned(3, 3, EPixelType::RGB, EDataType::UShort),
-                              Patterned(9, 1, EPixelType::RGB, EDataType::Short)};
-  for (const auto& other : refused) {
+  for (const auto& other : {CZtImage(), Patterned(3, 3, EPixelType::BGR, EDataType::Short),
+                            Patterned(3, 3, EPixelType::RGB, EDataType::UShort),
+                            Patterned(9, 1, EPixelType::RGB, EDataType::Short)}) {
     CZtImage t = Patterned(3, 3, EPixelType::RGB, EDataType::Short, 5);
     const CZtImage before(t);
     EXPECT_FALSE(t.Set(other));
     EXPECT_TRUE(SameBytes(t, before));
   }
-  CZtImage empty;
   EXPECT_FALSE(empty.Set(source));
-
   // Set(data) copies into a valid image and still answers false.
   CZtImage raw = Patterned(3, 3, EPixelType::RGB, EDataType::Short, 1);
   EXPECT_FALSE(raw.Set(source.GetDataPtr()));
   EXPECT_TRUE(SameBytes(raw, source));
   EXPECT_FALSE(empty.Set(source.GetDataPtr()));
-}
-
-TEST(CZtImage, DestroyZeroesAValidImageAndLeavesAnEmptyOneAlone) {
+  // Destroy zeroes a valid image and leaves an Empty one alone.
   CZtImage image = Patterned(2, 2, EPixelType::RGBA, EDataType::Float);
   EXPECT_TRUE(image.Destroy());
-  EXPECT_FALSE(image.IsValid());
-  EXPECT_EQ(image.GetDataPtr(), nullptr);
-  EXPECT_TRUE(IsZeroFormat(image));
+  EXPECT_TRUE(!image.IsValid() && image.GetDataPtr() == nullptr && IsZeroFormat(image));
   EXPECT_TRUE(image.Destroy());
-
   image.SetZero();  // zero format, null block: clears nothing
   CZtImage cleared = Patterned(5, 2, EPixelType::LumA, EDataType::UInt);
   cleared.SetZero();
@@ -198,52 +216,42 @@ TEST(CZtImage, DestroyZeroesAValidImageAndLeavesAnEmptyOneAlone) {
   EXPECT_EQ(std::memcmp(cleared.GetDataPtr(), zeros.data(), zeros.size()), 0);
 }
 
-std::vector<float> Normalized(std::vector<float> samples, bool* result = nullptr) {
+Floats Normalized(Floats samples, bool* result = nullptr) {
   CZtImage image;
   EXPECT_TRUE(image.Create(static_cast<int>(samples.size()), 1, EPixelType::Lum, EDataType::Float,
                            samples.data()));
   const bool ok = image.Normalize();
-  if (result != nullptr) {
-    *result = ok;
-  }
+  if (result != nullptr) *result = ok;
   const auto* out = static_cast<const float*>(image.GetDataPtr());
-  return std::vector<float>(out, out + samples.size());
+  return Floats(out, out + samples.size());
 }
 
-TEST(CZtImage, NormalizeStretchesInSinglePrecisionFromFixedExtremes) {
-  EXPECT_EQ(Normalized({2.0f, 4.0f, 3.0f}), (std::vector<float>{0.0f, 1.0f, 0.5f}));
+TEST(CZtImage, NormalizeStretchesLumFloatInSinglePrecisionFromFixedExtremes) {
+  EXPECT_EQ(Normalized({2.0f, 4.0f, 3.0f}), (Floats{0.0f, 1.0f, 0.5f}));
   // Each sample: (v - min) / range, subtraction and division in float.
-  const float a = 0.1f, b = 0.7f, c = 0.3f;
-  const float range = b - a;
-  EXPECT_EQ(Normalized({a, b, c}), (std::vector<float>{0.0f, (b - a) / range, (c - a) / range}));
+  const float a = 0.1f, b = 0.7f, c = 0.3f, range = b - a;
+  EXPECT_EQ(Normalized({a, b, c}), (Floats{0.0f, (b - a) / range, (c - a) / range}));
   // The extremes start at 1e9 and -1e9 and are not seeded from a sample.
-  EXPECT_EQ(Normalized({2e9f, 3e9f}), (std::vector<float>{0.5f, 1.0f}));
-  EXPECT_EQ(Normalized({-3e9f, -2e9f}), (std::vector<float>{0.0f, 0.5f}));
+  EXPECT_EQ(Normalized({2e9f, 3e9f}), (Floats{0.5f, 1.0f}));
+  EXPECT_EQ(Normalized({-3e9f, -2e9f}), (Floats{0.0f, 0.5f}));
   // A constant or single sample is left as it is, and so is a tiny range.
   bool ok = false;
-  EXPECT_EQ(Normalized({5.0f, 5.0f}, &ok), (std::vector<float>{5.0f, 5.0f}));
+  EXPECT_EQ(Normalized({5.0f, 5.0f}, &ok), (Floats{5.0f, 5.0f}));
   EXPECT_TRUE(ok);
-  EXPECT_EQ(Normalized({0.25f}), (std::vector<float>{0.25f}));
-  EXPECT_EQ(Normalized({1e-10f, 2e-10f}), (std::vector<float>{1e-10f, 2e-10f}));
-  // NaN samples are ignored by the extremes and stay NaN.
+  EXPECT_EQ(Normalized({0.25f}), (Floats{0.25f}));
+  EXPECT_EQ(Normalized({1e-10f, 2e-10f}), (Floats{1e-10f, 2e-10f}));
+  // NaN samples are ignored by the extremes and stay NaN; an infinite range
+  // is no range: inf > 1e-9, so samples divide by inf.
   const float nan = std::numeric_limits<float>::quiet_NaN();
   const auto withNan = Normalized({nan, 1.0f, 3.0f, nan});
   EXPECT_TRUE(std::isnan(withNan[0]) && std::isnan(withNan[3]));
-  EXPECT_EQ(withNan[1], 0.0f);
-  EXPECT_EQ(withNan[2], 1.0f);
-  // An infinite range is no range: inf > 1e-9, so samples divide by inf.
-  const float inf = std::numeric_limits<float>::infinity();
-  const auto withInf = Normalized({0.0f, inf});
-  EXPECT_EQ(withInf[0], 0.0f);
-  EXPECT_TRUE(std::isnan(withInf[1]));
-}
-
-TEST(CZtImage, NormalizeTakesOnlyLumFloat) {
+  EXPECT_TRUE(withNan[1] == 0.0f && withNan[2] == 1.0f);
+  const auto withInf = Normalized({0.0f, std::numeric_limits<float>::infinity()});
+  EXPECT_TRUE(withInf[0] == 0.0f && std::isnan(withInf[1]));
+  // Every other format is refused unchanged, a zero format among them.
   for (const auto& p : kPixelTypes) {
     for (const auto& d : kDataTypes) {
-      if (p.type == EPixelType::Lum && d.type == EDataType::Float) {
-        continue;
-      }
+      if (p.type == EPixelType::Lum && d.type == EDataType::Float) continue;
       CZtImage image = Patterned(2, 2, p.type, d.type);
       const CZtImage before(image);
       EXPECT_FALSE(image.Normalize()) << p.name << " " << d.name;
@@ -252,7 +260,7 @@ TEST(CZtImage, NormalizeTakesOnlyLumFloat) {
   }
   CZtImage destroyed = Patterned(1, 1, EPixelType::Lum, EDataType::Float);
   destroyed.Destroy();
-  EXPECT_FALSE(destroyed.Normalize());  // a zero format is no Lum Float
+  EXPECT_FALSE(destroyed.Normalize());
 }
 
 }  // namespace

@@ -7,38 +7,30 @@
 
 #include "ZtAllocFail.h"
 #include "ZtAllocFailChain.h"
+#include "ZtMatrix.h"
 #include "ZtMemBase.h"
 #include "ZtMemObj.h"
 
-using Zt::CZtMem;
-using Zt::CZtMemBase;
-using Zt::CZtMemObj;
+using namespace Zt;
 using ZtTest::AllocKind;
-using ZtTest::ExpectRaise;
+using Ids = std::vector<int>;
 
 // An element that counts its instances, records the order of destruction and
 // can be told to fail its construction.
 struct Probe {
-  static inline int made = 0;
-  static inline int failAt = -1;
-  static inline std::vector<int> destroyed;
+  static inline int made = 0, failAt = -1;
+  static inline Ids destroyed;
   Probe() : id(made++) {
-    if (id == failAt) {
-      throw Zt::CZtException::Create("probe refused", "ZtMemTest", "Probe::Probe", 1);
-    }
+    if (id == failAt) throw CZtException::Create("probe refused", "ZtMemTest", "Probe::Probe", 1);
   }
   virtual ~Probe() { destroyed.push_back(id); }
   int id;
 };
 
-namespace Zt {
-namespace Detail {
 template <>
-struct ZtTypeName<Probe> {
+struct Zt::Detail::ZtTypeName<Probe> {
   static constexpr const char* value = "struct Probe";
 };
-}  // namespace Detail
-}  // namespace Zt
 
 namespace {
 
@@ -52,12 +44,11 @@ State StateOf(const CZtMemBase& m) {
 }
 
 TEST(CZtMemBase, CapacityFollowsTheLengthOnlyUntilTheFirstReservation) {
-  struct Step {
+  const struct {
     bool reserve;  // Reserve(count), else Resize(count)
     unsigned long long count;
     State after;
-  };
-  const Step steps[] = {
+  } steps[] = {
       {false, 0, {0, 4, 1, 1}},  // no early return at 0, and no allocation
       {false, 16, {16, 16, 2, 1}},
       {false, 16, {16, 16, 2, 1}},
@@ -76,13 +67,12 @@ TEST(CZtMemBase, CapacityFollowsTheLengthOnlyUntilTheFirstReservation) {
       {true, 13, {9, 16, 7, 0}},
   };
   CZtMem<short> m(0);
-  for (const Step& s : steps) {
+  for (const auto& s : steps) {
     s.reserve ? m.Reserve(s.count) : m.Resize(s.count);
     EXPECT_EQ(StateOf(m), s.after) << (s.reserve ? "Reserve(" : "Resize(") << s.count << ")";
-    if (!s.reserve) {  // Resize points at the last element; Reserve leaves it
-      EXPECT_EQ(reinterpret_cast<std::uintptr_t>(m.Last()),
-                reinterpret_cast<std::uintptr_t>(m.Data()) + (m.Length() - 1) * sizeof(short));
-    }
+    if (s.reserve) continue;  // Resize points at the last element; Reserve leaves it
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(m.Last()),
+              reinterpret_cast<std::uintptr_t>(m.Data()) + (m.Length() - 1) * sizeof(short));
   }
   EXPECT_EQ(m.RoundToBlocks(0), 4u);  // a request for nothing still gets a block
 }
@@ -91,11 +81,10 @@ TEST(CZtMemBase, FailedAllocationsLeaveTheBlockIntact) {
   const struct {
     const char *message, *function;
     std::function<void(CZtMemBase&)> op;
-  } cases[] = {
-      {"Error setting memory size: ", "Zt::CZtMemBase::Resize",
-       [](CZtMemBase& m) { m.Resize(100); }},
-      {"Error reserving memory ", "Zt::CZtMemBase::Reserve", [](CZtMemBase& m) { m.Reserve(100); }},
-  };
+  } cases[] = {{"Error setting memory size: ", "Zt::CZtMemBase::Resize",
+                [](CZtMemBase& m) { m.Resize(100); }},
+               {"Error reserving memory ", "Zt::CZtMemBase::Reserve",
+                [](CZtMemBase& m) { m.Reserve(100); }}};
   for (const auto& c : cases) {
     CZtMem<int> block(3);
     std::memcpy(block.Data(), "0123456789a", 12);
@@ -116,75 +105,135 @@ TEST(CZtMemBase, FailedAllocationsLeaveTheBlockIntact) {
 
 class CZtMemObjTest : public ::testing::Test {
 protected:
-  void SetUp() override {
-    Probe::made = 0;
-    Probe::failAt = -1;
-    Probe::destroyed.clear();
-  }
-  static std::vector<int> Ids(const CZtMemObj<Probe>& m) {
-    std::vector<int> ids;
-    for (unsigned long long i = 0; i < m.Length(); ++i) {
-      ids.push_back(m.Elements()[i]->id);
-    }
+  void SetUp() override { Probe::made = 0, Probe::failAt = -1, Probe::destroyed.clear(); }
+  static Ids IdsOf(const CZtMemObj<Probe>& m) {
+    Ids ids;
+    for (unsigned long long i = 0; i < m.Length(); ++i) ids.push_back(m.Elements()[i]->id);
     return ids;
   }
 };
 
-TEST_F(CZtMemObjTest, ObjectsKeepTheirAddressesAndDieFromTheTop) {
+TEST_F(CZtMemObjTest, ObjectsKeepTheirAddressesAndDieFromTheTopAndThePointersStay) {
   {
     CZtMemObj<Probe> m(3);
     const Probe* first = m.Elements()[0];
     m.Resize(3);  // the present length: nothing is made or destroyed
     m.Resize(9);  // the pointer block grows; the objects stay where they are
-    EXPECT_EQ(Ids(m), (std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7, 8}));
+    EXPECT_EQ(IdsOf(m), (Ids{0, 1, 2, 3, 4, 5, 6, 7, 8}));
     m.Resize(4);
-    EXPECT_EQ(Probe::destroyed, (std::vector<int>{8, 7, 6, 5, 4}));
+    EXPECT_EQ(Probe::destroyed, (Ids{8, 7, 6, 5, 4}));
     EXPECT_EQ(m.Elements()[0], first);
     Probe::destroyed.clear();
   }
-  EXPECT_EQ(Probe::destroyed, (std::vector<int>{3, 2, 1, 0}));
-}
-
-TEST_F(CZtMemObjTest, ThePointerBlockNeverShrinksAndPruneFreesNothing) {
+  EXPECT_EQ(Probe::destroyed, (Ids{3, 2, 1, 0}));
+  // The pointer block never shrinks, and Prune frees nothing.
   CZtMemObj<Probe> m(10);
-  EXPECT_TRUE(m.IsUnreserved());
-  EXPECT_FALSE(m.Memory().IsUnreserved());
+  EXPECT_TRUE(m.IsUnreserved() && !m.Memory().IsUnreserved());
   m.Resize(0);
-  const State before = StateOf(m.Memory());
-  EXPECT_EQ(before, (State{0, 12, 2, 0}));
+  EXPECT_EQ(StateOf(m.Memory()), (State{0, 12, 2, 0}));
   m.Prune();
   m.Reserve(2);
   EXPECT_FALSE(m.IsUnreserved());
   m.Prune();
-  EXPECT_EQ(StateOf(m.Memory()), before);
+  EXPECT_EQ(StateOf(m.Memory()), (State{0, 12, 2, 0}));
 }
 
 TEST_F(CZtMemObjTest, AFailedConstructionLeavesTheNewLengthAndTheOldCount) {
   const std::string resize = "Zt::CZtMemObj<struct Probe>::Resize";
   const std::string init = "Zt::CZtMemObj<struct Probe>::InitElements";
-  const std::string what = std::bad_alloc().what();
   for (bool outOfMemory : {false, true}) {
     Probe::made = 0;
     CZtMemObj<Probe> m(2);
-    // Growing to 5 makes three objects; the second of them fails.
+    // Growing to 5 makes three objects; the second of them fails. Out of
+    // memory arrives as a plain exception with the text of what().
     Probe::failAt = outOfMemory ? -1 : 3;
-    const std::vector<ZtTest::Link> refused = {
-        {"Error setting memory size to 5 elements", resize, kMemObj},
-        {"Error reserving memory for object ", init, kMemObj},
-        {"probe refused", "Probe::Probe", "ZtMemTest"}};
-    // Out of memory arrives as a plain exception with the text of what().
-    const std::vector<ZtTest::Link> exhausted = {
-        {"Error setting memory size to 5 elements", resize, kMemObj}, {what, init, kMemObj}};
+    const ZtTest::Link head{"Error setting memory size to 5 elements", resize, kMemObj};
     if (outOfMemory) {
-      ZtTest::ExpectRaiseWhenFailing(
-          AllocKind::New, 2, [&] { m.Resize(5); }, exhausted);
+      ZtTest::ExpectRaiseWhenFailing(AllocKind::New, 2, [&] { m.Resize(5); },
+                                     {head, {std::bad_alloc().what(), init, kMemObj}});
     } else {
-      ExpectRaise([&] { m.Resize(5); }, refused);
+      ZtTest::ExpectRaise([&] { m.Resize(5); },
+                          {head,
+                           {"Error reserving memory for object ", init, kMemObj},
+                           {"probe refused", "Probe::Probe", "ZtMemTest"}});
     }
     EXPECT_EQ(m.Length(), 5u);
     EXPECT_EQ(m.ElementCount(), 2u);
     delete m.Elements()[2];  // made in the failed call and no longer counted
   }
+}
+
+using Shape = std::vector<int>;
+
+// Rows, columns, then the elements in linear order.
+Shape ShapeOf(const CZtMatrix<int>& m) {
+  unsigned long long rows = 0, columns = 0;
+  m.GetSize(rows, columns);
+  Shape shape{static_cast<int>(rows), static_cast<int>(columns)};
+  const auto* data = static_cast<const int*>(m.GetPointer());
+  shape.insert(shape.end(), data, data + rows * columns);
+  return shape;
+}
+
+// A rows x columns matrix holding 1, 2, 3, ... in linear order.
+void Count(CZtMatrix<int>& m, unsigned long long rows, unsigned long long columns) {
+  m.New(rows, columns);
+  for (unsigned long long i = 0; i < rows * columns; ++i) {
+    static_cast<int*>(m.GetPointer())[i] = static_cast<int>(i + 1);
+  }
+}
+
+TEST(CZtMatrix, NewKeepsLinearPlacesAndResizeKeepsRowAndColumn) {
+  EXPECT_EQ(CZtMatrix<double>().Precision(), 1e-12);
+  EXPECT_EQ(CZtMatrix<int>().Precision(), 0);
+  const struct {
+    unsigned long long fromRows, fromColumns;
+    bool resize;  // Resize, else New
+    unsigned long long rows, columns;
+    Shape expected;
+  } cases[] = {
+      {2, 2, true, 3, 3, {3, 3, 1, 2, 0, 3, 4, 0, 0, 0, 0}},
+      {2, 2, false, 3, 3, {3, 3, 1, 2, 3, 4, 0, 0, 0, 0, 0}},
+      {3, 4, true, 2, 2, {2, 2, 1, 2, 5, 6}},
+      {3, 4, false, 2, 2, {2, 2, 1, 2, 3, 4}},
+      {2, 3, true, 3, 1, {3, 1, 1, 4, 0}},
+      {2, 3, true, 2, 3, {2, 3, 1, 2, 3, 4, 5, 6}},
+      {2, 2, true, 0, 5, {0, 0}},  // Resize makes both extents 0 ...
+      {2, 2, true, 3, 0, {0, 0}},
+      {2, 2, false, 0, 5, {0, 5}},  // ... where New keeps them
+      {0, 5, true, 2, 3, {2, 3, 0, 0, 0, 0, 0, 0}},
+  };
+  for (const auto& c : cases) {
+    CZtMatrix<int> m;
+    Count(m, c.fromRows, c.fromColumns);
+    c.resize ? m.Resize(c.rows, c.columns) : m.New(c.rows, c.columns);
+    EXPECT_EQ(ShapeOf(m), c.expected) << &c - cases;
+  }
+}
+
+TEST(CZtMatrix, ValidityFollowsStorageAndCopyFromTakesExtentsAndBytes) {
+  CZtMatrix<int> m, source, target;
+  const CZtMatrix<int> empty;
+  EXPECT_FALSE(m.IsValid());
+  m.Reset();  // 0 by 0: nothing to clear
+  m.New(0, 3);
+  EXPECT_FALSE(m.IsValid());
+  Count(m, 2, 3);
+  const void* storage = m.GetPointer();
+  m.Reset();
+  EXPECT_EQ(ShapeOf(m), (Shape{2, 3, 0, 0, 0, 0, 0, 0}));
+  m.Delete();
+  EXPECT_EQ(ShapeOf(m), (Shape{0, 0}));
+  EXPECT_TRUE(m.IsValid() && m.GetPointer() == storage);
+  // CopyFrom also from itself and from an empty matrix.
+  Count(source, 2, 3);
+  Count(target, 4, 4);
+  target.CopyFrom(&source);
+  EXPECT_EQ(ShapeOf(target), (Shape{2, 3, 1, 2, 3, 4, 5, 6}));
+  target.CopyFrom(&target);
+  EXPECT_EQ(ShapeOf(target), (Shape{2, 3, 1, 2, 3, 4, 5, 6}));
+  target.CopyFrom(&empty);
+  EXPECT_EQ(ShapeOf(target), (Shape{0, 0}));
 }
 
 }  // namespace

@@ -1,16 +1,19 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <new>
 #include <string>
 
-#include "ZtException.h"
+#include "ZtChain.h"
+#include "ZtRaise.h"
 
-using Zt::CGuid;
-using Zt::CIException;
-using Zt::CZtException;
-using Zt::CZtOutOfMemoryException;
+using namespace Zt;
+using namespace ZtTest;
+using Links = std::vector<Link>;
 
 namespace {
+
+constexpr const char* ZtSourceFile = "ZtExceptionTest";
 
 // A derived exception as the parameter layer builds them: name and GUID are
 // replaced after the base is built.
@@ -28,21 +31,64 @@ public:
   static constexpr CGuid Guid{"{5EE36AA5-1C62-43F8-BC50-DC96AD3829D0}"};
 };
 
-TEST(CZtException, CarriesWhatItWasCreatedWith) {
+// A generic class names its own file, whatever file instantiates it.
+template <class T>
+struct CZtProbe {
+  static constexpr const char* ZtSourceFile = "source\\zt.core.ex\\ZtProbe";
+  static void Fail() { ZT_RAISE(Detail::ZtMemberName<T>("CZtProbe", "Fail"), "probe failed"); }
+};
+
+template <class F>
+unsigned int LineOf(F raise) {
   try {
-    throw CZtException::Create("realloc failed", "ZtMemBase", "Zt::CZtMemBase::Alloc", 42);
+    raise();
   } catch (CZtException& e) {
-    EXPECT_STREQ(e.GetMessageText(), "realloc failed");
-    EXPECT_STREQ(e.GetFile(), "ZtMemBase");
-    EXPECT_STREQ(e.GetFunction(), "Zt::CZtMemBase::Alloc");
-    EXPECT_EQ(e.GetLine(), 42u);
-    EXPECT_STREQ(e.GetName(), "Zt.Exception");
-    EXPECT_EQ(e.GetGUID(), CZtException::ClassGuid);
-    EXPECT_EQ(e.GetInnerException(), nullptr);
+    return e.GetLine();
   }
+  return 0;
 }
 
-TEST(CZtException, KeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
+TEST(CZtException, RaisesCarryMessageFunctionFileAndLine) {
+  const auto create = [] { throw CZtException::Create("realloc failed", "f", "Zt::g", 42); };
+  EXPECT_EQ(Raised(create), (Chain{{"Zt.Exception", "realloc failed"}}));
+  ExpectRaise(create, {{"realloc failed", "Zt::g", "f"}});
+  EXPECT_EQ(LineOf(create), 42u);
+  const auto raise = [] { ZT_RAISE("Zt::CZtArrayDouble::Delete", "Nullptr --> Not there"); };
+  EXPECT_EQ(LineOf(raise), __LINE__ - 1u);
+  ExpectRaise(raise, {{"Nullptr --> Not there", "Zt::CZtArrayDouble::Delete", ZtSourceFile}});
+  ExpectRaise([] { CZtProbe<double>::Fail(); },
+              {{"probe failed", "Zt::CZtProbe<double>::Fail", "source\\zt.core.ex\\ZtProbe"}});
+  EXPECT_EQ(Detail::ZtMemberName<CZtString>("CZtMemObj", "Reserve"),
+            "Zt::CZtMemObj<class Zt::CZtString>::Reserve");
+  EXPECT_EQ(Detail::ZtMemberName<unsigned char>("CZtArrayBase", "New"),
+            "Zt::CZtArrayBase<unsigned char>::New");
+}
+
+// Wrapping adds one link, and the head is a plain CZtException whatever it
+// wraps; out of memory takes the text of what() behind an optional prefix.
+TEST(CZtException, WrapsAndReportsOutOfMemory) {
+  const std::string what = std::bad_alloc().what();
+  ExpectRaise(
+      [] {
+        try {
+          throw CZtOutOfMemoryException::Create("inner", "f", "g", 1);
+        } catch (CIException& e) {
+          ZT_WRAP("Zt::CZtArrayString::Resize", CZtString("Error resizing ") << "Array", e);
+        }
+      },
+      {{"Error resizing Array", "Zt::CZtArrayString::Resize", ZtSourceFile},
+       {"inner", "g", "f", true}});
+  ExpectRaise([] { ZT_RAISE_OUT_OF_MEMORY("Zt::CZtArrayBase<int>::New", std::bad_alloc()); },
+              {{what, "Zt::CZtArrayBase<int>::New", ZtSourceFile, true}});
+  ExpectRaise([] { ZT_RAISE_OUT_OF_MEMORY("Zt::M::Resize", std::bad_alloc(), "Error resizing:"); },
+              {{"Error resizing:" + what, "Zt::M::Resize", ZtSourceFile, true}});
+  const auto oom = [] { throw CZtOutOfMemoryException::Create("m", "f", "g", 1); };
+  EXPECT_THROW(oom(), CZtOutOfMemoryException);
+  EXPECT_EQ(Raised(oom), (Chain{{"Zt.OutOfMemoryException", "m"}}));
+  EXPECT_NE(CZtOutOfMemoryException::ClassGuid, CZtException::ClassGuid);
+}
+
+TEST(CZtException, ACloneKeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
   std::unique_ptr<CIException> outer;
   try {
     try {
@@ -54,35 +100,29 @@ TEST(CZtException, KeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
     } catch (CIException& e) {
       throw CZtException::Create("outer", "file", "f2", 3, e);
     }
-  } catch (CZtException& e) {
+  } catch (CIException& e) {
     outer.reset(e.Clone());
   }
-  // The thrown objects are gone; the clone owns copies of the whole chain.
+  // The thrown objects are gone: each link, of its own class, is a copy.
   const auto* head = dynamic_cast<const CZtException*>(outer.get());
   ASSERT_NE(head, nullptr);
-  EXPECT_STREQ(head->GetMessageText(), "outer");
-  // A derived link keeps its class, name, GUID, message and place.
+  EXPECT_EQ(LinksOf(*head),
+            (Links{{"outer", "f2", "file"},
+                   {"middle", "Zt::Test::Raise", "TestFile", false, "Zt.TestException"},
+                   {"std::bad_alloc", "f0", "ZtArrayBase", true}}));
+  EXPECT_EQ(ChainOf(*head).back().first, "Zt.OutOfMemoryException");
   const auto* middle = dynamic_cast<const CTestException*>(head->GetInnerException());
   ASSERT_NE(middle, nullptr);
-  EXPECT_STREQ(middle->GetName(), "Zt.TestException");
-  EXPECT_EQ(middle->GetGUID(), CTestException::Guid);
-  EXPECT_STREQ(middle->GetMessageText(), "middle");
-  EXPECT_STREQ(middle->GetFile(), "TestFile");
-  EXPECT_STREQ(middle->GetFunction(), "Zt::Test::Raise");
   EXPECT_EQ(middle->GetLine(), 7u);
   const auto* first = dynamic_cast<const CZtOutOfMemoryException*>(middle->GetInnerException());
   ASSERT_NE(first, nullptr);
-  EXPECT_STREQ(first->GetMessageText(), "std::bad_alloc");
-  EXPECT_STREQ(first->GetName(), "Zt.OutOfMemoryException");
-  EXPECT_EQ(first->GetGUID(), CZtOutOfMemoryException::ClassGuid);
-
   // HasException looks down the chain, never up it.
-  EXPECT_TRUE(head->HasException(CZtOutOfMemoryException::ClassGuid));
-  EXPECT_TRUE(head->HasException(CTestException::Guid));
-  EXPECT_TRUE(head->HasException(CZtException::ClassGuid));
-  EXPECT_FALSE(first->HasException(CTestException::Guid));
-  EXPECT_FALSE(head->HasException(CGuid()));
-
+  EXPECT_EQ(
+      (std::vector<bool>{head->HasException(CZtOutOfMemoryException::ClassGuid),
+                         head->HasException(CTestException::Guid),
+                         head->HasException(CZtException::ClassGuid),
+                         first->HasException(CTestException::Guid), head->HasException(CGuid())}),
+      (std::vector<bool>{true, true, true, false, false}));
   // ToString tells every link, outermost first.
   const std::string text = head->ToString();
   for (const char* part :
@@ -92,30 +132,6 @@ TEST(CZtException, KeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
   }
   EXPECT_LT(text.find("outer"), text.find("middle"));
   EXPECT_LT(text.find("middle"), text.find("std::bad_alloc"));
-}
-
-TEST(CZtOutOfMemoryException, IsCaughtAsItselfAsCZtExceptionAndAsCIException) {
-  int caught = 0;
-  try {
-    throw CZtOutOfMemoryException::Create("m", "f", "g", 1);
-  } catch (CZtOutOfMemoryException&) {
-    ++caught;
-  }
-  try {
-    throw CZtOutOfMemoryException::Create("m", "f", "g", 1);
-  } catch (CZtException& e) {
-    EXPECT_STREQ(e.GetName(), "Zt.OutOfMemoryException");
-    ++caught;
-  }
-  try {
-    throw CZtOutOfMemoryException::Create("m", "f", "g", 1);
-  } catch (CIException& e) {
-    std::unique_ptr<CIException> clone(e.Clone());
-    EXPECT_NE(dynamic_cast<CZtOutOfMemoryException*>(clone.get()), nullptr);
-    ++caught;
-  }
-  EXPECT_EQ(caught, 3);
-  EXPECT_NE(CZtOutOfMemoryException::ClassGuid, CZtException::ClassGuid);
 }
 
 }  // namespace
