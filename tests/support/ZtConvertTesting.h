@@ -5,10 +5,15 @@
 // reference, for the conversion tests.
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -81,46 +86,133 @@ inline std::string Describe(EPixelType::ID sp, EDataType::ID sd, EPixelType::ID 
 constexpr unsigned char kGuard = 0xA5;
 constexpr std::size_t kGuardBytes = 64;
 
-// Converts `count` pixels on one path into a buffer of guard bytes, `offset`
-// bytes into it, and returns what the conversion wrote; the guard bytes
-// around the target must stay as they were. Only the source's width carries
-// the count: the target's size plays no part.
-inline Bytes ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td, EPixelType::ID sp,
-                       EDataType::ID sd, unsigned count, const void* source,
-                       std::size_t offset = 0) {
-  const std::size_t bytes = std::size_t(count) * std::size_t(Components(tp) * SampleBytes(td));
-  Bytes target(offset + bytes + kGuardBytes, kGuard);
-  EXPECT_TRUE(RunOnPath(path, target.data() + offset, source, Zt::CZtImageFormat(1, 1, tp, td),
-                        Zt::CZtImageFormat(int(count), 1, sp, sd)));
-  const auto touched = [&](std::size_t from, std::size_t to) {
-    return std::any_of(target.begin() + long(from), target.begin() + long(to),
-                       [](unsigned char b) { return b != kGuard; });
-  };
-  EXPECT_FALSE(touched(0, offset) || touched(offset + bytes, target.size()))
-      << "wrote outside the target: " << Describe(sp, sd, tp, td);
-  return Bytes(target.begin() + long(offset), target.begin() + long(offset + bytes));
+// Usable bytes between two protected pages.
+class CGuardedRegion {
+public:
+  explicit CGuardedRegion(std::size_t bytes) : m_page(std::size_t(sysconf(_SC_PAGESIZE))) {
+    m_usable = (bytes + m_page - 1) / m_page * m_page;
+    void* p = mmap(nullptr, m_usable + 2 * m_page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (p == MAP_FAILED) throw std::bad_alloc();
+    m_base = static_cast<unsigned char*>(p);
+    if (mprotect(Begin(), m_usable, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
+  }
+  ~CGuardedRegion() { munmap(m_base, m_usable + 2 * m_page); }
+  CGuardedRegion(const CGuardedRegion&) = delete;
+  CGuardedRegion& operator=(const CGuardedRegion&) = delete;
+  unsigned char* Begin() const { return m_base + m_page; }
+  unsigned char* End() const { return Begin() + m_usable; }
+
+private:
+  std::size_t m_page, m_usable = 0;
+  unsigned char* m_base = nullptr;
+};
+
+// The conversion in hand, said before a fault on a protected page ends the
+// program.
+inline char g_running[256];
+extern "C" inline void SayWhatFaulted(int signal) {
+  const char head[] = "fault in a guarded conversion: ";
+  (void)!write(2, head, sizeof head - 1);
+  (void)!write(2, g_running, strnlen(g_running, sizeof g_running));
+  (void)!write(2, "\n", 1);
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+}
+[[maybe_unused]] inline const bool g_faultsSaid = std::signal(SIGSEGV, SayWhatFaulted) != SIG_ERR;
+
+// A region of at least `bytes`, kept for the next call that fits in it.
+inline const CGuardedRegion& Region(std::unique_ptr<CGuardedRegion>& kept, std::size_t bytes) {
+  if (!kept || std::size_t(kept->End() - kept->Begin()) < bytes) {
+    kept.reset();
+    kept = std::make_unique<CGuardedRegion>(std::max(bytes, std::size_t(1) << 20));
+  }
+  return *kept;
 }
 
-// Whether the conversion on every path gives the reference's bytes; on a
-// difference, says where.
+// Converts `count` pixels on one path with both runs against protected pages:
+// at the front of their regions, the target `offset` bytes in, or at the
+// back. The source bytes placed are those from the first sample the channels
+// use to the last of the run, so that a read of any other faults; `source`
+// holds the whole pixel run, or is null to take the region's bytes as they
+// are. Returns the target run, or null after a failure it has reported: a
+// refusal, or a write beside the run on its open side.
+inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType::ID td,
+                                       EPixelType::ID sp, EDataType::ID sd, unsigned count,
+                                       const void* source, bool atFront, std::size_t offset = 0) {
+  static std::unique_ptr<CGuardedRegion> sources, targets;
+  const auto& m =
+      ZtConvertRef::kTable[ZtConvertRef::LayoutIndex(sp)][ZtConvertRef::LayoutIndex(tp)];
+  int first = 4, last = -1;
+  for (int k = 0; k < m.targetSamples; ++k) {
+    if (m.from[k] == ZtConvertRef::F) continue;
+    first = std::min(first, m.from[k]);
+    last = std::max(last, m.from[k]);
+  }
+  const std::size_t size = std::size_t(SampleBytes(sd));
+  const std::size_t skipFront = std::size_t(first) * size;
+  const std::size_t readable = count == 0 ? 0
+                                          : (count - 1) * std::size_t(Components(sp)) * size +
+                                                std::size_t(last + 1) * size - skipFront;
+  const auto& sourceRegion = Region(sources, readable);
+  unsigned char* readableBegin = atFront ? sourceRegion.Begin() : sourceRegion.End() - readable;
+  if (source != nullptr && readable != 0) {
+    std::memcpy(readableBegin, static_cast<const unsigned char*>(source) + skipFront, readable);
+  }
+  // The run starts before the readable stretch where its first pixel has
+  // unused samples; formed as an address, the same as a caller's offset.
+  const void* run =
+      reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(readableBegin) - skipFront);
+  const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
+  const std::size_t front = atFront ? offset : kGuardBytes, back = atFront ? kGuardBytes : 0;
+  const auto& targetRegion = Region(targets, offset + bytes + kGuardBytes);
+  unsigned char* target = atFront ? targetRegion.Begin() + offset : targetRegion.End() - bytes;
+  std::memset(target - front, kGuard, front);
+  std::memset(target + bytes, kGuard, back);
+  std::snprintf(g_running, sizeof g_running, "%s, %u pixels, %s path, runs at the %s, offset %zu",
+                Describe(sp, sd, tp, td).c_str(), count, PathName(path), atFront ? "front" : "back",
+                offset);
+  if (!RunOnPath(path, target, run, Zt::CZtImageFormat(1, 1, tp, td),
+                 Zt::CZtImageFormat(int(count), 1, sp, sd))) {
+    ADD_FAILURE() << "refused: " << g_running;
+    return nullptr;
+  }
+  const auto touched = [](const unsigned char* from, std::size_t n) {
+    return std::any_of(from, from + n, [](unsigned char b) { return b != kGuard; });
+  };
+  if (touched(target - front, front) || touched(target + bytes, back)) {
+    ADD_FAILURE() << "wrote outside the target run: " << g_running;
+    return nullptr;
+  }
+  return target;
+}
+
+// The target run of a guarded conversion at the back of the regions.
+inline Bytes ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td, EPixelType::ID sp,
+                       EDataType::ID sd, unsigned count, const void* source) {
+  const unsigned char* target = RunGuarded(path, tp, td, sp, sd, count, source, false);
+  const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
+  return target == nullptr ? Bytes() : Bytes(target, target + bytes);
+}
+
+// Whether the guarded conversion on every path gives the reference's bytes;
+// on a difference, says where.
 inline ::testing::AssertionResult MatchesReference(EPixelType::ID tp, EDataType::ID td,
                                                    EPixelType::ID sp, EDataType::ID sd,
                                                    unsigned count, const void* source,
-                                                   std::size_t offset = 0) {
+                                                   bool atFront = false, std::size_t offset = 0) {
   const Bytes expected = ZtConvertRef::ConvertImage(tp, td, sp, sd, count, source);
   for (EPath path : Paths()) {
-    const Bytes actual = ConvertOn(path, tp, td, sp, sd, count, source, offset);
-    const auto differ = std::mismatch(actual.begin(), actual.end(), expected.begin());
-    if (differ.first != actual.end()) {
+    const unsigned char* actual = RunGuarded(path, tp, td, sp, sd, count, source, atFront, offset);
+    if (actual == nullptr) return ::testing::AssertionFailure() << "see above";
+    const auto differ = std::mismatch(expected.begin(), expected.end(), actual);
+    if (differ.first != expected.end()) {
       return ::testing::AssertionFailure()
-             << Describe(sp, sd, tp, td) << ", " << count << " pixels, " << PathName(path)
-             << " path, offset " << offset << ": target sample "
-             << (differ.first - actual.begin()) / SampleBytes(td) << " differs";
+             << g_running << ": target sample "
+             << (differ.first - expected.begin()) / SampleBytes(td) << " differs";
     }
   }
   return ::testing::AssertionSuccess();
 }
-
 // Deterministic pseudo-random bytes.
 inline Bytes RandomBytes(std::size_t size, std::uint64_t seed) {
   Bytes bytes(size);
