@@ -1,10 +1,8 @@
 #ifndef ZT_TESTS_CONVERTREFERENCE_H
 #define ZT_TESTS_CONVERTREFERENCE_H
 
-// The sample rule and the channel table written out plainly, one statement of
-// the rule per step, with ordinary branches and nothing shared with the
-// library. The tests compare the library against it, and the benchmarks use
-// its scalar loop as the baseline.
+// The sample rule and the channel table written out plainly, sharing nothing
+// with the library: the tests' reference and the benchmarks' scalar baseline.
 
 #include <cstdint>
 #include <cstring>
@@ -27,11 +25,9 @@ inline double Decode(std::uint32_t v) { return v / 4294967295.0; }
 inline double Decode(float v) { return double(v); }
 inline double Decode(double v) { return v; }
 
-// Encoding: scale (two-sided for signed types), then the high test, then the
-// low test, then truncation toward zero. A NaN passes both tests, and
-// truncating it gives the integer with only its top bit set: 0x80000000 for a
-// 32-bit truncation, 0x8000000000000000 for the 64-bit one of the unsigned
-// types (whose low bits are 0).
+// Encoding: scale (two-sided for signed types), the high test, the low test,
+// truncation toward zero. A NaN passes both tests and truncates to the top
+// bit alone: INT32_MIN, or 0 in the low bits of the unsigned types' 64 bits.
 inline std::int32_t EncodeSigned(double x, double p, double n) {
   const double y = x > 0 ? x * p : x * n;
   if (y > p) return std::int32_t(p);
@@ -75,17 +71,15 @@ T Fill() {
   return std::is_floating_point_v<T> ? T(1) : std::numeric_limits<T>::max();
 }
 
-// --- Channel table -----------------------------------------------------------
 // For each source and target layout, which source sample feeds each target
-// sample, in target memory order: 0 to 3 for s0 to s3, F for the alpha fill.
+// sample, in target memory order: 0 to 3, or F for the alpha fill.
 constexpr int F = -1;
 struct Mapping {
   int targetSamples;
   int from[4];
 };
 
-// Layouts by index: RGB, RGBA, Lum, LumA, BGR, BGRA (a Bayer source reads as
-// Lum); rows are sources, columns targets.
+// Rows sources, columns targets: RGB, RGBA, Lum (and Bayer), LumA, BGR, BGRA.
 inline constexpr Mapping kTable[6][6] = {
     {{3, {0, 1, 2}}, {4, {0, 1, 2, F}}, {1, {0}}, {2, {0, F}}, {3, {2, 1, 0}}, {4, {2, 1, 0, F}}},
     {{3, {0, 1, 2}}, {4, {0, 1, 2, 3}}, {1, {0}}, {2, {0, 3}}, {3, {2, 1, 0}}, {4, {2, 1, 0, 3}}},
@@ -96,8 +90,7 @@ inline constexpr Mapping kTable[6][6] = {
 };
 inline constexpr int kSourceSamples[6] = {3, 4, 1, 2, 3, 4};
 
-// One conversion over `count` pixels as a plain scalar loop: every target
-// sample from its source sample, or the fill.
+// Every target sample of `count` pixels from its source sample, or the fill.
 template <class S, class T>
 void ConvertPixels(const Mapping& m, int sourceSamples, unsigned count, T* t, const S* s) {
   for (std::size_t i = 0; i < count; ++i) {
@@ -110,8 +103,7 @@ void ConvertPixels(const Mapping& m, int sourceSamples, unsigned count, T* t, co
   }
 }
 
-// Calls f with a value of the sample type that `type` names; false for any
-// other value.
+// Calls f with a value of the sample type `type` names; false for others.
 template <class Fn>
 bool WithSampleType(Zt::EDataType::ID type, Fn&& f) {
   using D = Zt::EDataType;
@@ -131,19 +123,13 @@ bool WithSampleType(Zt::EDataType::ID type, Fn&& f) {
 // Index of a layout in kTable; a Bayer layout reads as Lum; -1 for others.
 inline int LayoutIndex(Zt::EPixelType::ID type) {
   using P = Zt::EPixelType;
-  switch (type) {
-    case P::RGB: return 0;
-    case P::RGBA: return 1;
-    case P::Lum:
-    case P::BayerRG:
-    case P::BayerBG:
-    case P::BayerGR:
-    case P::BayerGB: return 2;
-    case P::LumA: return 3;
-    case P::BGR: return 4;
-    case P::BGRA: return 5;
+  const P::ID layouts[] = {P::RGB, P::RGBA, P::Lum, P::LumA, P::BGR, P::BGRA};
+  for (int i = 0; i < 6; ++i) {
+    if (layouts[i] == type) return i;
   }
-  return -1;
+  const bool bayer =
+      type == P::BayerRG || type == P::BayerBG || type == P::BayerGR || type == P::BayerGB;
+  return bayer ? 2 : -1;
 }
 
 // The expected target bytes of a conversion of `count` pixels.

@@ -1,8 +1,7 @@
 #ifndef ZT_TESTS_CONVERTTESTING_H
 #define ZT_TESTS_CONVERTTESTING_H
 
-// Running a conversion on each instruction-set path and comparing it with the
-// reference, for the conversion tests.
+// Conversions on each instruction-set path, guarded and against the reference.
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -13,7 +12,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -38,16 +36,10 @@ inline std::vector<EPath> Paths() {
 }
 
 inline const char* PathName(EPath path) {
-  switch (path) {
-    case EPath::Baseline: return "baseline";
-    case EPath::Avx2: return "avx2";
-    case EPath::Avx512: return "avx512";
-  }
-  return "unknown";
+  return path == EPath::Baseline ? "baseline" : path == EPath::Avx2 ? "avx2" : "avx512";
 }
 
-// The paths that conversions of this test program have run on; the program
-// fails at its end when a path this processor has was never run.
+// The paths run so far; the program fails at its end if a usable one was not.
 inline std::set<EPath>& PathsRun() {
   static std::set<EPath> run;
   return run;
@@ -62,17 +54,14 @@ inline bool RunOnPath(EPath path, void* target, const void* source,
 }
 
 inline int SampleBytes(EDataType::ID type) {
-  for (const auto& d : kDataTypes) {
-    if (d.type == type) return d.bytes;
-  }
-  return 0;
+  int bytes = 0;
+  ZtConvertRef::WithSampleType(type, [&](auto s) { bytes = int(sizeof(s)); });
+  return bytes;
 }
 
 inline int Components(EPixelType::ID type) {
-  for (const auto& p : kPixelTypes) {
-    if (p.type == type) return p.components;
-  }
-  return 0;
+  const int layout = ZtConvertRef::LayoutIndex(type);
+  return layout < 0 ? 0 : ZtConvertRef::kSourceSamples[layout];
 }
 
 inline std::string Describe(EPixelType::ID sp, EDataType::ID sd, EPixelType::ID tp,
@@ -86,29 +75,7 @@ inline std::string Describe(EPixelType::ID sp, EDataType::ID sd, EPixelType::ID 
 constexpr unsigned char kGuard = 0xA5;
 constexpr std::size_t kGuardBytes = 64;
 
-// Usable bytes between two protected pages.
-class CGuardedRegion {
-public:
-  explicit CGuardedRegion(std::size_t bytes) : m_page(std::size_t(sysconf(_SC_PAGESIZE))) {
-    m_usable = (bytes + m_page - 1) / m_page * m_page;
-    void* p = mmap(nullptr, m_usable + 2 * m_page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (p == MAP_FAILED) throw std::bad_alloc();
-    m_base = static_cast<unsigned char*>(p);
-    if (mprotect(Begin(), m_usable, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
-  }
-  ~CGuardedRegion() { munmap(m_base, m_usable + 2 * m_page); }
-  CGuardedRegion(const CGuardedRegion&) = delete;
-  CGuardedRegion& operator=(const CGuardedRegion&) = delete;
-  unsigned char* Begin() const { return m_base + m_page; }
-  unsigned char* End() const { return Begin() + m_usable; }
-
-private:
-  std::size_t m_page, m_usable = 0;
-  unsigned char* m_base = nullptr;
-};
-
-// The conversion in hand, said before a fault on a protected page ends the
-// program.
+// The conversion in hand, said when a fault on a protected page ends it all.
 inline char g_running[256];
 extern "C" inline void SayWhatFaulted(int signal) {
   const char head[] = "fault in a guarded conversion: ";
@@ -120,26 +87,33 @@ extern "C" inline void SayWhatFaulted(int signal) {
 }
 [[maybe_unused]] inline const bool g_faultsSaid = std::signal(SIGSEGV, SayWhatFaulted) != SIG_ERR;
 
-// A region of at least `bytes`, kept for the next call that fits in it.
-inline const CGuardedRegion& Region(std::unique_ptr<CGuardedRegion>& kept, std::size_t bytes) {
-  if (!kept || std::size_t(kept->End() - kept->Begin()) < bytes) {
-    kept.reset();
-    kept = std::make_unique<CGuardedRegion>(std::max(bytes, std::size_t(1) << 20));
-  }
-  return *kept;
+// At least `bytes` usable between two protected pages, kept for later calls
+// that fit.
+struct SRegion {
+  unsigned char* begin = nullptr;
+  std::size_t size = 0;
+};
+inline const SRegion& Fit(SRegion& region, std::size_t bytes) {
+  if (region.size >= bytes) return region;
+  const std::size_t page = std::size_t(sysconf(_SC_PAGESIZE));
+  if (region.begin != nullptr) munmap(region.begin - page, region.size + 2 * page);
+  region.size = (std::max(bytes, std::size_t(1) << 20) + page - 1) / page * page;
+  void* p = mmap(nullptr, region.size + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (p == MAP_FAILED) throw std::bad_alloc();
+  region.begin = static_cast<unsigned char*>(p) + page;
+  if (mprotect(region.begin, region.size, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
+  return region;
 }
 
-// Converts `count` pixels on one path with both runs against protected pages:
-// at the front of their regions, the target `offset` bytes in, or at the
-// back. The source bytes placed are those from the first sample the channels
-// use to the last of the run, so that a read of any other faults; `source`
-// holds the whole pixel run, or is null to take the region's bytes as they
-// are. Returns the target run, or null after a failure it has reported: a
-// refusal, or a write beside the run on its open side.
+// Converts `count` pixels on one path with both runs against protected pages,
+// at the front (the target `offset` bytes in) or at the back; only the source
+// samples the channels use lie in readable memory. `source` holds the whole
+// run, or is null to take the region's bytes. Returns the target run, or null
+// after reporting a refusal or a write beside the run on its open side.
 inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType::ID td,
                                        EPixelType::ID sp, EDataType::ID sd, unsigned count,
                                        const void* source, bool atFront, std::size_t offset = 0) {
-  static std::unique_ptr<CGuardedRegion> sources, targets;
+  static SRegion sources, targets;
   const auto& m =
       ZtConvertRef::kTable[ZtConvertRef::LayoutIndex(sp)][ZtConvertRef::LayoutIndex(tp)];
   int first = 4, last = -1;
@@ -153,8 +127,8 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
   const std::size_t readable = count == 0 ? 0
                                           : (count - 1) * std::size_t(Components(sp)) * size +
                                                 std::size_t(last + 1) * size - skipFront;
-  const auto& sourceRegion = Region(sources, readable);
-  unsigned char* readableBegin = atFront ? sourceRegion.Begin() : sourceRegion.End() - readable;
+  const SRegion& from = Fit(sources, readable);
+  unsigned char* readableBegin = from.begin + (atFront ? 0 : from.size - readable);
   if (source != nullptr && readable != 0) {
     std::memcpy(readableBegin, static_cast<const unsigned char*>(source) + skipFront, readable);
   }
@@ -164,8 +138,8 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
       reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(readableBegin) - skipFront);
   const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
   const std::size_t front = atFront ? offset : kGuardBytes, back = atFront ? kGuardBytes : 0;
-  const auto& targetRegion = Region(targets, offset + bytes + kGuardBytes);
-  unsigned char* target = atFront ? targetRegion.Begin() + offset : targetRegion.End() - bytes;
+  const SRegion& to = Fit(targets, offset + bytes + kGuardBytes);
+  unsigned char* target = to.begin + (atFront ? offset : to.size - bytes);
   std::memset(target - front, kGuard, front);
   std::memset(target + bytes, kGuard, back);
   std::snprintf(g_running, sizeof g_running, "%s, %u pixels, %s path, runs at the %s, offset %zu",
@@ -176,8 +150,8 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
     ADD_FAILURE() << "refused: " << g_running;
     return nullptr;
   }
-  const auto touched = [](const unsigned char* from, std::size_t n) {
-    return std::any_of(from, from + n, [](unsigned char b) { return b != kGuard; });
+  const auto touched = [](const unsigned char* at, std::size_t n) {
+    return std::any_of(at, at + n, [](unsigned char b) { return b != kGuard; });
   };
   if (touched(target - front, front) || touched(target + bytes, back)) {
     ADD_FAILURE() << "wrote outside the target run: " << g_running;
@@ -194,8 +168,7 @@ inline Bytes ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td, EPixelTy
   return target == nullptr ? Bytes() : Bytes(target, target + bytes);
 }
 
-// Whether the guarded conversion on every path gives the reference's bytes;
-// on a difference, says where.
+// Whether the guarded conversion on every path gives the reference's bytes.
 inline ::testing::AssertionResult MatchesReference(EPixelType::ID tp, EDataType::ID td,
                                                    EPixelType::ID sp, EDataType::ID sd,
                                                    unsigned count, const void* source,
@@ -233,11 +206,11 @@ void Append(Bytes& bytes, T value) {
   bytes.insert(bytes.end(), raw, raw + sizeof(T));
 }
 
-// Raw samples of one type, at least `count` of them: every sample of the 8-
-// and 16-bit types, repeated; edges and random words of the 32-bit ones; for
-// Float and Double also denormals, values whose results are denormal Floats,
-// values near the saturation edges, random bit patterns (NaNs with payloads
-// and infinities among them) and random values around the normalised range.
+// At least `count` raw samples of one type: every sample of the 8- and 16-bit
+// types, repeated; edges and random words of the 32-bit ones; for Float and
+// Double also denormals, values whose results are denormal Floats, values at
+// the saturation edges, random bit patterns (NaNs with payloads among them)
+// and random values around the normalised range.
 inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
   Bytes bytes;
   const std::size_t size = std::size_t(SampleBytes(type));
@@ -252,8 +225,9 @@ inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
       size == 1 ? Append(bytes, std::uint8_t(i)) : Append(bytes, std::uint16_t(i));
     }
   } else if (type == EDataType::Double) {
-    for (double d : {4.9e-324, -4.9e-324, 1e-310, 1e-40, -1e-42, 1.4e-45, 7e-46, 1e-38,
-                     0.9999999999, 1.0, -1.0, 1.0 / 3.0, 1e300}) {
+    for (double d : {4.9e-324, -4.9e-324, 1e-310, 1e-40, -1e-42, 1.4e-45, 7e-46, 1e-38, 0.0,
+                     0.9999999999, 0x1.fffffffffffffp-1, 0x1.0000000000001p0, -0x1.0000000000001p0,
+                     1.0, -1.0, 1.0 / 3.0, 1e300}) {
       Append(bytes, d);
     }
     for (std::size_t i = 0; bytes.size() < count * 8; ++i) {

@@ -1,8 +1,5 @@
-// Every cell on every path with its runs placed against protected pages: a
-// conversion reads nothing before the first or after the last source sample
-// that it uses, writes nothing outside the target run, and gives the
-// reference's result. A read or write past a protected page ends the program
-// with a fault; bytes beside the target run on the open side are checked.
+// Where conversions read and write: runs against protected pages, and
+// overlapping runs.
 
 #include <gtest/gtest.h>
 
@@ -12,10 +9,8 @@ using namespace ZtTest;
 
 namespace {
 
-// Every cell, all run lengths from 0 to twice the widest vector (64 one-byte
-// pixels) plus one, lengths around the unrolls and blocks, and one longer
-// than a block of any cell on any path, with both runs against the front
-// pages and against the back pages.
+// Every cell, runs of 0 to twice the widest vector plus one, around unrolls
+// and blocks, and beyond a block, at the front and at the back.
 TEST(ConvertBounds, EveryCellReadsAndWritesOnlyItsRunsOnEveryPath) {
   std::vector<unsigned> counts(2 * 64 + 2);
   for (unsigned i = 0; i < counts.size(); ++i) counts[i] = i;
@@ -46,10 +41,8 @@ TEST(ConvertBounds, EveryCellReadsAndWritesOnlyItsRunsOnEveryPath) {
   }
 }
 
-// Every distinct cell with a target of at least 4 MB, which the wide paths
-// write past the caches with streaming stores, against the back pages (the
-// target then starts at no particular alignment). Only where the cell reads
-// and writes: the source's bytes are whatever the region holds.
+// Targets of 4 MB and more (streaming stores) at the back, at no particular
+// alignment; only where the cells read and write.
 TEST(ConvertBounds, LargeTargetsStayInsideTheirRuns) {
   for (EPixelType::ID sp : kTargetPixelTypes) {
     for (const auto& sd : kDataTypes) {
@@ -66,10 +59,8 @@ TEST(ConvertBounds, LargeTargetsStayInsideTheirRuns) {
   }
 }
 
-// Overlapping runs, as the cells must order them: a colour loop over the
-// whole run, each pixel's red, green and blue read and stored in turn (a
-// source sample that feeds several channels read once), then the alpha loop.
-// Written on one shared buffer with the reference's rule and channel table.
+// Overlapping runs in the cells' order: a colour loop, each pixel's red, green
+// and blue read (once per source sample) and stored in turn; then the alpha.
 template <class S, class T>
 void ConvertOrdered(unsigned char* buffer, std::size_t sourceAt, std::size_t targetAt,
                     EPixelType::ID sp, EPixelType::ID tp, unsigned count) {
@@ -105,10 +96,8 @@ void ConvertOrdered(unsigned char* buffer, std::size_t sourceAt, std::size_t tar
   }
 }
 
-// Cells of equal formats copy the run as a whole, like memmove, and are left
-// out. Converted onto itself (shift 0), a red-blue swap reads red, stores it
-// over blue, then reads that stored red as blue: the swap does not swap, also
-// over runs long enough for several blocks.
+// Equal formats (a memmove) left out. In place, a red-blue swap stores red
+// over blue before reading blue: it does not swap, over several blocks too.
 TEST(ConvertBounds, OverlappingRunsKeepThePixelOrderOnEveryPath) {
   const EDataType::ID pairs[][2] = {{EDataType::UByte, EDataType::UByte},
                                     {EDataType::UByte, EDataType::UShort},
