@@ -174,20 +174,6 @@ TEST(ConvertMemory, UnknownTypesOnEitherSideAnswerFalseAndWriteNothing) {
   EXPECT_EQ(target, Bytes(64, kGuard));
 }
 
-// The dispatch itself, without the short cut, copies equal formats bit for
-// bit: NaN payloads and -0.0 included.
-TEST(ConvertMemory, TheCellForEqualFormatsCopiesEveryBit) {
-  for (const EPixelType::ID p : kTargetPixelTypes) {
-    for (const auto& d : kDataTypes) {
-      const CZtImage source = Patterned(37, 1, p, d.type, 13);
-      Bytes target(source.GetByteCount());
-      ASSERT_TRUE(Dispatch::_ConvertTrgSwitch(target.data(), source.GetDataPtr(),
-                                              source.GetFormat(), source.GetFormat()));
-      EXPECT_EQ(target, BytesOf(source)) << Describe(p, d.type, p, d.type);
-    }
-  }
-}
-
 TEST(ConvertMemory, TwoThreadsConvertAtOnce) {
   const CZtImage a = Patterned(300, 300, P::RGB, D::UShort, 1);
   const CZtImage b = Patterned(300, 300, P::LumA, D::Int, 2);
