@@ -160,12 +160,13 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
   return target;
 }
 
-// The target run of a guarded conversion at the back of the regions.
+// The target run of a guarded conversion at the back of the regions (zeros
+// after a failure, which it has reported).
 inline Bytes ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td, EPixelType::ID sp,
                        EDataType::ID sd, unsigned count, const void* source) {
   const unsigned char* target = RunGuarded(path, tp, td, sp, sd, count, source, false);
   const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
-  return target == nullptr ? Bytes() : Bytes(target, target + bytes);
+  return target == nullptr ? Bytes(bytes) : Bytes(target, target + bytes);
 }
 
 // Whether the guarded conversion on every path gives the reference's bytes.
