@@ -5,11 +5,8 @@ find_package(Threads REQUIRED)
 zt_add_gtest(zt_convert_tests
   SOURCES
     zt.core.ex/ZtConvertSampleTest.cpp
-    zt.core.ex/ZtConvertLayoutTest.cpp
     zt.core.ex/ZtConvertEntryTest.cpp
     zt.core.ex/ZtConvertBoundsTest.cpp
-    zt.core.ex/ZtConvertEnvironmentTest.cpp
-    zt.core.ex/ZtConvertPathsRun.cpp
   LIBS ZtCore Threads::Threads)
 zt_link_components(zt_convert_tests image convert
   convert_Byte convert_UByte convert_Short convert_UShort

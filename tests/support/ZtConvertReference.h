@@ -1,10 +1,8 @@
 #ifndef ZT_TESTS_CONVERTREFERENCE_H
 #define ZT_TESTS_CONVERTREFERENCE_H
 
-// The sample rule and the channel table written out plainly, one statement of
-// the rule per step, with ordinary branches and nothing shared with the
-// library. The tests compare the library against it, and the benchmarks use
-// its scalar loop as the baseline.
+// The sample rule and the channel table written out plainly, sharing nothing
+// with the library: the tests' reference and the benchmarks' scalar baseline.
 
 #include <cstdint>
 #include <cstring>
@@ -16,87 +14,45 @@
 
 namespace ZtConvertRef {
 
-// --- Decoding: raw sample to normalised double -------------------------------
-// Signed: positive samples are divided by P, the others multiplied by 2^-k.
-inline double Decode(std::int8_t v) {
-  double d = v;
-  if (d > 0) return d / 127.0;
-  return d * 0.0078125;
-}
-inline double Decode(std::int16_t v) {
-  double d = v;
-  if (d > 0) return d / 32767.0;
-  return d * 3.0517578125e-05;
-}
-inline double Decode(std::int32_t v) {
-  double d = v;
-  if (d > 0) return d / 2147483647.0;
-  return d * 4.656612873077392578125e-10;
-}
-inline double Decode(std::uint8_t v) { return double(v) / 255.0; }
-inline double Decode(std::uint16_t v) { return double(v) / 65535.0; }
-inline double Decode(std::uint32_t v) { return double(v) / 4294967295.0; }
+// Decoding to a normalised double: unsigned samples divided by their top P;
+// signed ones divided by P when positive, the others multiplied by 2^-k.
+inline double Decode(std::int8_t v) { return v > 0 ? v / 127.0 : v * 0x1p-7; }
+inline double Decode(std::int16_t v) { return v > 0 ? v / 32767.0 : v * 0x1p-15; }
+inline double Decode(std::int32_t v) { return v > 0 ? v / 2147483647.0 : v * 0x1p-31; }
+inline double Decode(std::uint8_t v) { return v / 255.0; }
+inline double Decode(std::uint16_t v) { return v / 65535.0; }
+inline double Decode(std::uint32_t v) { return v / 4294967295.0; }
 inline double Decode(float v) { return double(v); }
 inline double Decode(double v) { return v; }
 
-// --- Encoding: normalised double to raw sample -------------------------------
-// Scale (two-sided for signed types), then the high test, then the low test,
-// then truncation toward zero. A NaN passes both tests, and truncating it
-// gives the integer with only its top bit set: 0x80000000 for a 32-bit
-// truncation, 0x8000000000000000 for the 64-bit one of the unsigned types.
+// Encoding: scale (two-sided for signed types), the high test, the low test,
+// truncation toward zero. A NaN passes both tests and truncates to the top
+// bit alone: INT32_MIN, or 0 in the low bits of the unsigned types' 64 bits.
 inline std::int32_t EncodeSigned(double x, double p, double n) {
-  double y;
-  if (x > 0) {
-    y = x * p;
-  } else {
-    y = x * n;
-  }
+  const double y = x > 0 ? x * p : x * n;
   if (y > p) return std::int32_t(p);
   if (-n > y) return std::int32_t(-n);
   if (y != y) return INT32_MIN;
   return std::int32_t(y);
 }
 inline std::uint32_t EncodeUnsigned(double x, double p) {
-  double y = x * p;
+  const double y = x * p;
   if (y > p) return std::uint32_t(p);
-  if (0 > y) return 0;
-  if (y != y) return 0;
+  if (0 > y || y != y) return 0;
   return std::uint32_t(std::int64_t(y));
 }
 
+// Narrow signed types keep the low bits of the 32-bit result.
 template <class T>
-T Encode(double x);
-template <>
-inline std::int8_t Encode<std::int8_t>(double x) {
-  return std::int8_t(EncodeSigned(x, 127.0, 128.0) & 0xFF);
-}
-template <>
-inline std::int16_t Encode<std::int16_t>(double x) {
-  return std::int16_t(EncodeSigned(x, 32767.0, 32768.0) & 0xFFFF);
-}
-template <>
-inline std::int32_t Encode<std::int32_t>(double x) {
-  return EncodeSigned(x, 2147483647.0, 2147483648.0);
-}
-template <>
-inline std::uint8_t Encode<std::uint8_t>(double x) {
-  return std::uint8_t(EncodeUnsigned(x, 255.0));
-}
-template <>
-inline std::uint16_t Encode<std::uint16_t>(double x) {
-  return std::uint16_t(EncodeUnsigned(x, 65535.0));
-}
-template <>
-inline std::uint32_t Encode<std::uint32_t>(double x) {
-  return EncodeUnsigned(x, 4294967295.0);
-}
-template <>
-inline float Encode<float>(double x) {
-  return float(x);
-}
-template <>
-inline double Encode<double>(double x) {
-  return x;
+T Encode(double x) {
+  constexpr double p = double(std::numeric_limits<T>::max());
+  if constexpr (std::is_floating_point_v<T>) {
+    return T(x);
+  } else if constexpr (std::is_signed_v<T>) {
+    return T(EncodeSigned(x, p, p + 1));
+  } else {
+    return T(EncodeUnsigned(x, p));
+  }
 }
 
 // Equal types copy the bits; all others go through the double.
@@ -112,85 +68,42 @@ T Convert(S v) {
 // The alpha fill: the top of the target's range.
 template <class T>
 T Fill() {
-  if constexpr (std::is_floating_point_v<T>) {
-    return T(1);
-  } else {
-    return std::numeric_limits<T>::max();
-  }
+  return std::is_floating_point_v<T> ? T(1) : std::numeric_limits<T>::max();
 }
 
-// --- Channel table -----------------------------------------------------------
 // For each source and target layout, which source sample feeds each target
-// sample, in target memory order: 0 to 3 for s0 to s3, F for the alpha fill.
+// sample, in target memory order: 0 to 3, or F for the alpha fill.
 constexpr int F = -1;
 struct Mapping {
   int targetSamples;
   int from[4];
 };
 
-// Layouts by index: RGB, RGBA, Lum, LumA, BGR, BGRA (a Bayer source reads as
-// Lum).
+// Rows sources, columns targets: RGB, RGBA, Lum (and Bayer), LumA, BGR, BGRA.
 inline constexpr Mapping kTable[6][6] = {
-    // to RGB        RGBA                Lum          LumA          BGR           BGRA
-    {{3, {0, 1, 2}},
-     {4, {0, 1, 2, F}},
-     {1, {0}},
-     {2, {0, F}},
-     {3, {2, 1, 0}},
-     {4, {2, 1, 0, F}}},  // RGB
-    {{3, {0, 1, 2}},
-     {4, {0, 1, 2, 3}},
-     {1, {0}},
-     {2, {0, 3}},
-     {3, {2, 1, 0}},
-     {4, {2, 1, 0, 3}}},  // RGBA
-    {{3, {0, 0, 0}},
-     {4, {0, 0, 0, F}},
-     {1, {0}},
-     {2, {0, F}},
-     {3, {0, 0, 0}},
-     {4, {0, 0, 0, F}}},  // Lum
-    {{3, {0, 0, 0}},
-     {4, {0, 0, 0, 1}},
-     {1, {0}},
-     {2, {0, 1}},
-     {3, {0, 0, 0}},
-     {4, {0, 0, 0, 1}}},  // LumA
-    {{3, {2, 1, 0}},
-     {4, {2, 1, 0, F}},
-     {1, {2}},
-     {2, {2, F}},
-     {3, {0, 1, 2}},
-     {4, {0, 1, 2, F}}},  // BGR
-    {{3, {2, 1, 0}},
-     {4, {2, 1, 0, 3}},
-     {1, {2}},
-     {2, {2, 3}},
-     {3, {0, 1, 2}},
-     {4, {0, 1, 2, 3}}},  // BGRA
+    {{3, {0, 1, 2}}, {4, {0, 1, 2, F}}, {1, {0}}, {2, {0, F}}, {3, {2, 1, 0}}, {4, {2, 1, 0, F}}},
+    {{3, {0, 1, 2}}, {4, {0, 1, 2, 3}}, {1, {0}}, {2, {0, 3}}, {3, {2, 1, 0}}, {4, {2, 1, 0, 3}}},
+    {{3, {0, 0, 0}}, {4, {0, 0, 0, F}}, {1, {0}}, {2, {0, F}}, {3, {0, 0, 0}}, {4, {0, 0, 0, F}}},
+    {{3, {0, 0, 0}}, {4, {0, 0, 0, 1}}, {1, {0}}, {2, {0, 1}}, {3, {0, 0, 0}}, {4, {0, 0, 0, 1}}},
+    {{3, {2, 1, 0}}, {4, {2, 1, 0, F}}, {1, {2}}, {2, {2, F}}, {3, {0, 1, 2}}, {4, {0, 1, 2, F}}},
+    {{3, {2, 1, 0}}, {4, {2, 1, 0, 3}}, {1, {2}}, {2, {2, 3}}, {3, {0, 1, 2}}, {4, {0, 1, 2, 3}}},
 };
 inline constexpr int kSourceSamples[6] = {3, 4, 1, 2, 3, 4};
 
-// One conversion over `count` pixels as a plain scalar loop: every target
-// sample from its source sample, or the fill.
+// Every target sample of `count` pixels from its source sample, or the fill.
 template <class S, class T>
 void ConvertPixels(const Mapping& m, int sourceSamples, unsigned count, T* t, const S* s) {
-  const std::size_t targetStep = std::size_t(m.targetSamples);
-  const std::size_t sourceStep = std::size_t(sourceSamples);
   for (std::size_t i = 0; i < count; ++i) {
-    for (std::size_t k = 0; k < targetStep; ++k) {
-      if (m.from[k] == F) {
-        t[i * targetStep + k] = Fill<T>();
-      } else {
-        t[i * targetStep + k] = Convert<S, T>(s[i * sourceStep + std::size_t(m.from[k])]);
-      }
+    for (std::size_t k = 0; k < std::size_t(m.targetSamples); ++k) {
+      const int from = m.from[k];
+      t[i * std::size_t(m.targetSamples) + k] =
+          from == F ? Fill<T>()
+                    : Convert<S, T>(s[i * std::size_t(sourceSamples) + std::size_t(from)]);
     }
   }
 }
 
-// --- Types and layouts given at run time ---------------------------------------
-// Calls f with a value of the sample type that `type` names; false for any
-// other value.
+// Calls f with a value of the sample type `type` names; false for others.
 template <class Fn>
 bool WithSampleType(Zt::EDataType::ID type, Fn&& f) {
   using D = Zt::EDataType;
@@ -210,19 +123,13 @@ bool WithSampleType(Zt::EDataType::ID type, Fn&& f) {
 // Index of a layout in kTable; a Bayer layout reads as Lum; -1 for others.
 inline int LayoutIndex(Zt::EPixelType::ID type) {
   using P = Zt::EPixelType;
-  switch (type) {
-    case P::RGB: return 0;
-    case P::RGBA: return 1;
-    case P::Lum:
-    case P::BayerRG:
-    case P::BayerBG:
-    case P::BayerGR:
-    case P::BayerGB: return 2;
-    case P::LumA: return 3;
-    case P::BGR: return 4;
-    case P::BGRA: return 5;
+  const P::ID layouts[] = {P::RGB, P::RGBA, P::Lum, P::LumA, P::BGR, P::BGRA};
+  for (int i = 0; i < 6; ++i) {
+    if (layouts[i] == type) return i;
   }
-  return -1;
+  const bool bayer =
+      type == P::BayerRG || type == P::BayerBG || type == P::BayerGR || type == P::BayerGB;
+  return bayer ? 2 : -1;
 }
 
 // The expected target bytes of a conversion of `count` pixels.
@@ -236,14 +143,12 @@ inline std::vector<unsigned char> ConvertImage(Zt::EPixelType::ID targetPixel,
   std::vector<unsigned char> out;
   WithSampleType(sourceData, [&](auto s) {
     WithSampleType(targetData, [&](auto t) {
-      using S = decltype(s);
-      using T = decltype(t);
-      std::vector<T> samples(std::size_t(count) * std::size_t(m.targetSamples));
-      std::vector<S> in(std::size_t(count) * std::size_t(kSourceSamples[from]));
+      std::vector<decltype(t)> samples(std::size_t(count) * std::size_t(m.targetSamples));
+      std::vector<decltype(s)> in(std::size_t(count) * std::size_t(kSourceSamples[from]));
       if (count == 0) return;  // memcpy takes no null pointer, not even for 0 bytes
-      std::memcpy(in.data(), source, in.size() * sizeof(S));
+      std::memcpy(in.data(), source, in.size() * sizeof(s));
       ConvertPixels(m, kSourceSamples[from], count, samples.data(), in.data());
-      out.resize(samples.size() * sizeof(T));
+      out.resize(samples.size() * sizeof(t));
       std::memcpy(out.data(), samples.data(), out.size());
     });
   });

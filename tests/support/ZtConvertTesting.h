@@ -1,12 +1,16 @@
 #ifndef ZT_TESTS_CONVERTTESTING_H
 #define ZT_TESTS_CONVERTTESTING_H
 
-// Running a conversion on each instruction-set path and comparing it with the
-// reference, for the conversion tests.
+// Conversions on each instruction-set path, guarded and against the reference.
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <csignal>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <set>
 #include <string>
@@ -20,30 +24,22 @@
 namespace ZtTest {
 
 using Zt::Convert::EPath;
-
-inline constexpr EPath kAllPaths[] = {EPath::Baseline, EPath::Avx2, EPath::Avx512};
+using Bytes = std::vector<unsigned char>;
 
 // The paths this processor can run.
 inline std::vector<EPath> Paths() {
   std::vector<EPath> paths;
-  for (EPath path : kAllPaths) {
+  for (EPath path : {EPath::Baseline, EPath::Avx2, EPath::Avx512}) {
     if (Zt::Convert::PathUsable(path)) paths.push_back(path);
   }
   return paths;
 }
 
 inline const char* PathName(EPath path) {
-  switch (path) {
-    case EPath::Baseline: return "baseline";
-    case EPath::Avx2: return "avx2";
-    case EPath::Avx512: return "avx512";
-  }
-  return "unknown";
+  return path == EPath::Baseline ? "baseline" : path == EPath::Avx2 ? "avx2" : "avx512";
 }
 
-// The paths that conversions of this test program have run on. A test
-// environment (ZtConvertPathsRun.cpp) prints them at the end and fails the
-// program when a path this processor has was never run.
+// The paths run so far; the program fails at its end if a usable one was not.
 inline std::set<EPath>& PathsRun() {
   static std::set<EPath> run;
   return run;
@@ -58,85 +54,208 @@ inline bool RunOnPath(EPath path, void* target, const void* source,
 }
 
 inline int SampleBytes(EDataType::ID type) {
-  for (const auto& d : kDataTypes) {
-    if (d.type == type) return d.bytes;
-  }
-  return 0;
+  int bytes = 0;
+  ZtConvertRef::WithSampleType(type, [&](auto s) { bytes = int(sizeof(s)); });
+  return bytes;
 }
 
 inline int Components(EPixelType::ID type) {
-  for (const auto& p : kPixelTypes) {
-    if (p.type == type) return p.components;
-  }
-  return 0;
+  const int layout = ZtConvertRef::LayoutIndex(type);
+  return layout < 0 ? 0 : ZtConvertRef::kSourceSamples[layout];
 }
 
 inline std::string Describe(EPixelType::ID sp, EDataType::ID sd, EPixelType::ID tp,
                             EDataType::ID td) {
-  return std::string(Zt::CZtImageFormat::PixelType2String(sp).ToCString()) + " " +
-         Zt::CZtImageFormat::DataType2String(sd).ToCString() + " -> " +
-         Zt::CZtImageFormat::PixelType2String(tp).ToCString() + " " +
-         Zt::CZtImageFormat::DataType2String(td).ToCString();
+  using F = Zt::CZtImageFormat;
+  return std::string(F::PixelType2String(sp).ToCString()) + " " +
+         F::DataType2String(sd).ToCString() + " -> " + F::PixelType2String(tp).ToCString() + " " +
+         F::DataType2String(td).ToCString();
 }
 
 constexpr unsigned char kGuard = 0xA5;
 constexpr std::size_t kGuardBytes = 64;
 
-// Converts `count` pixels on one path into a buffer of guard bytes and
-// returns what the conversion wrote; the guard bytes behind the target must
-// stay as they were.
-inline std::vector<unsigned char> ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td,
-                                            EPixelType::ID sp, EDataType::ID sd, unsigned count,
-                                            const void* source) {
-  const std::size_t bytes = std::size_t(count) * std::size_t(Components(tp) * SampleBytes(td));
-  std::vector<unsigned char> target(bytes + kGuardBytes, kGuard);
-  // Only the width carries the count: the target's size plays no part.
-  const Zt::CZtImageFormat sourceFormat(int(count), 1, sp, sd);
-  const Zt::CZtImageFormat targetFormat(1, 1, tp, td);
-  EXPECT_TRUE(RunOnPath(path, target.data(), source, targetFormat, sourceFormat));
-  for (std::size_t i = bytes; i < target.size(); ++i) {
-    if (target[i] != kGuard) {
-      ADD_FAILURE() << "wrote past the target at byte " << i << ": " << Describe(sp, sd, tp, td);
-      break;
-    }
+// The conversion in hand, said when a fault on a protected page ends it all.
+inline char g_running[256];
+extern "C" inline void SayWhatFaulted(int signal) {
+  const char head[] = "fault in a guarded conversion: ";
+  (void)!write(2, head, sizeof head - 1);
+  (void)!write(2, g_running, strnlen(g_running, sizeof g_running));
+  (void)!write(2, "\n", 1);
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+}
+[[maybe_unused]] inline const bool g_faultsSaid = std::signal(SIGSEGV, SayWhatFaulted) != SIG_ERR;
+
+// At least `bytes` usable between two protected pages, kept for later calls
+// that fit.
+struct SRegion {
+  unsigned char* begin = nullptr;
+  std::size_t size = 0;
+};
+inline const SRegion& Fit(SRegion& region, std::size_t bytes) {
+  if (region.size >= bytes) return region;
+  const std::size_t page = std::size_t(sysconf(_SC_PAGESIZE));
+  if (region.begin != nullptr) munmap(region.begin - page, region.size + 2 * page);
+  region.size = (std::max(bytes, std::size_t(1) << 20) + page - 1) / page * page;
+  void* p = mmap(nullptr, region.size + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (p == MAP_FAILED) throw std::bad_alloc();
+  region.begin = static_cast<unsigned char*>(p) + page;
+  if (mprotect(region.begin, region.size, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
+  return region;
+}
+
+// Converts `count` pixels on one path with both runs against protected pages,
+// at the front (the target `offset` bytes in) or at the back; only the source
+// samples the channels use lie in readable memory. `source` holds the whole
+// run, or is null to take the region's bytes. Returns the target run, or null
+// after reporting a refusal or a write beside the run on its open side.
+inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType::ID td,
+                                       EPixelType::ID sp, EDataType::ID sd, unsigned count,
+                                       const void* source, bool atFront, std::size_t offset = 0) {
+  static SRegion sources, targets;
+  const auto& m =
+      ZtConvertRef::kTable[ZtConvertRef::LayoutIndex(sp)][ZtConvertRef::LayoutIndex(tp)];
+  int first = 4, last = -1;
+  for (int k = 0; k < m.targetSamples; ++k) {
+    if (m.from[k] == ZtConvertRef::F) continue;
+    first = std::min(first, m.from[k]);
+    last = std::max(last, m.from[k]);
   }
-  target.resize(bytes);
+  const std::size_t size = std::size_t(SampleBytes(sd));
+  const std::size_t skipFront = std::size_t(first) * size;
+  const std::size_t readable = count == 0 ? 0
+                                          : (count - 1) * std::size_t(Components(sp)) * size +
+                                                std::size_t(last + 1) * size - skipFront;
+  const SRegion& from = Fit(sources, readable);
+  unsigned char* readableBegin = from.begin + (atFront ? 0 : from.size - readable);
+  if (source != nullptr && readable != 0) {
+    std::memcpy(readableBegin, static_cast<const unsigned char*>(source) + skipFront, readable);
+  }
+  // The run starts before the readable stretch where its first pixel has
+  // unused samples; formed as an address, the same as a caller's offset.
+  const void* run =
+      reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(readableBegin) - skipFront);
+  const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
+  const std::size_t front = atFront ? offset : kGuardBytes, back = atFront ? kGuardBytes : 0;
+  const SRegion& to = Fit(targets, offset + bytes + kGuardBytes);
+  unsigned char* target = to.begin + (atFront ? offset : to.size - bytes);
+  std::memset(target - front, kGuard, front);
+  std::memset(target + bytes, kGuard, back);
+  std::snprintf(g_running, sizeof g_running, "%s, %u pixels, %s path, runs at the %s, offset %zu",
+                Describe(sp, sd, tp, td).c_str(), count, PathName(path), atFront ? "front" : "back",
+                offset);
+  if (!RunOnPath(path, target, run, Zt::CZtImageFormat(1, 1, tp, td),
+                 Zt::CZtImageFormat(int(count), 1, sp, sd))) {
+    ADD_FAILURE() << "refused: " << g_running;
+    return nullptr;
+  }
+  const auto touched = [](const unsigned char* at, std::size_t n) {
+    return std::any_of(at, at + n, [](unsigned char b) { return b != kGuard; });
+  };
+  if (touched(target - front, front) || touched(target + bytes, back)) {
+    ADD_FAILURE() << "wrote outside the target run: " << g_running;
+    return nullptr;
+  }
   return target;
 }
 
-// Whether the conversion on every path gives the reference's bytes; on a
-// difference, says where.
+// The target run of a guarded conversion at the back of the regions (zeros
+// after a failure, which it has reported).
+inline Bytes ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td, EPixelType::ID sp,
+                       EDataType::ID sd, unsigned count, const void* source) {
+  const unsigned char* target = RunGuarded(path, tp, td, sp, sd, count, source, false);
+  const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
+  return target == nullptr ? Bytes(bytes) : Bytes(target, target + bytes);
+}
+
+// Whether the guarded conversion on every path gives the reference's bytes.
 inline ::testing::AssertionResult MatchesReference(EPixelType::ID tp, EDataType::ID td,
                                                    EPixelType::ID sp, EDataType::ID sd,
-                                                   unsigned count, const void* source) {
-  const std::vector<unsigned char> expected =
-      ZtConvertRef::ConvertImage(tp, td, sp, sd, count, source);
+                                                   unsigned count, const void* source,
+                                                   bool atFront = false, std::size_t offset = 0) {
+  const Bytes expected = ZtConvertRef::ConvertImage(tp, td, sp, sd, count, source);
   for (EPath path : Paths()) {
-    const std::vector<unsigned char> actual = ConvertOn(path, tp, td, sp, sd, count, source);
-    if (actual.size() != expected.size()) {
-      return ::testing::AssertionFailure() << "size differs: " << Describe(sp, sd, tp, td);
-    }
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-      if (actual[i] != expected[i]) {
-        const std::size_t sample = i / std::size_t(SampleBytes(td));
-        return ::testing::AssertionFailure()
-               << Describe(sp, sd, tp, td) << ", " << count << " pixels, " << PathName(path)
-               << " path: target sample " << sample << " differs";
-      }
+    const unsigned char* actual = RunGuarded(path, tp, td, sp, sd, count, source, atFront, offset);
+    if (actual == nullptr) return ::testing::AssertionFailure() << "see above";
+    const auto differ = std::mismatch(expected.begin(), expected.end(), actual);
+    if (differ.first != expected.end()) {
+      return ::testing::AssertionFailure()
+             << g_running << ": target sample "
+             << (differ.first - expected.begin()) / SampleBytes(td) << " differs";
     }
   }
   return ::testing::AssertionSuccess();
 }
-
 // Deterministic pseudo-random bytes.
-inline std::vector<unsigned char> RandomBytes(std::size_t size, std::uint64_t seed) {
-  std::vector<unsigned char> bytes(size);
+inline Bytes RandomBytes(std::size_t size, std::uint64_t seed) {
+  Bytes bytes(size);
   std::uint64_t state = seed * 0x9E3779B97F4A7C15ull + 1;
   for (auto& b : bytes) {
     state ^= state << 13;
     state ^= state >> 7;
     state ^= state << 17;
     b = static_cast<unsigned char>(state >> 56);
+  }
+  return bytes;
+}
+
+template <class T>
+void Append(Bytes& bytes, T value) {
+  unsigned char raw[sizeof(T)];
+  std::memcpy(raw, &value, sizeof(T));
+  bytes.insert(bytes.end(), raw, raw + sizeof(T));
+}
+
+// At least `count` raw samples of one type: every sample of the 8- and 16-bit
+// types, repeated; edges and random words of the 32-bit ones; for Float and
+// Double also denormals, values whose results are denormal Floats, values at
+// the saturation edges, random bit patterns (NaNs with payloads among them)
+// and random values around the normalised range.
+inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
+  Bytes bytes;
+  const std::size_t size = std::size_t(SampleBytes(type));
+  const Bytes random = RandomBytes(count * 8, 23);
+  const auto word = [&](std::size_t i) {
+    std::uint64_t w;
+    std::memcpy(&w, &random[i * 8], 8);
+    return w;
+  };
+  if (size <= 2) {
+    for (std::size_t i = 0; i < std::max(std::size_t(1) << (8 * size), count); ++i) {
+      size == 1 ? Append(bytes, std::uint8_t(i)) : Append(bytes, std::uint16_t(i));
+    }
+  } else if (type == EDataType::Double) {
+    for (double d : {4.9e-324, -4.9e-324, 1e-310, 1e-40, -1e-42, 1.4e-45, 7e-46, 1e-38, 0.0,
+                     0.9999999999, 0x1.fffffffffffffp-1, 0x1.0000000000001p0, -0x1.0000000000001p0,
+                     1.0, -1.0, 1.0 / 3.0, 1e300}) {
+      Append(bytes, d);
+    }
+    for (std::size_t i = 0; bytes.size() < count * 8; ++i) {
+      const std::uint64_t w = word(i), denormal = w & 0x800FFFFFFFFFFFFFull;
+      Append(bytes, w);
+      Append(bytes, denormal);
+      Append(bytes, denormal | (std::uint64_t(0x380 - (w >> 60)) << 52));  // near Float denormals
+      Append(bytes, double(std::int64_t(w)) * 0x1p-62);
+    }
+  } else {
+    const bool isFloat = type == EDataType::Float;
+    for (std::uint32_t edge : {0u, 1u, 2u, 3u, 0x7FFFFFFEu, 0x7FFFFFFFu, 0x80000000u, 0x80000001u,
+                               0xFFFFFFFEu, 0xFFFFFFFFu, 0x00FFFFFFu, 0x01000000u, 0x01000001u,
+                               0xFF000000u, 0xFEFFFFFFu, 65535u, 65536u, 0x8000u}) {
+      Append(bytes, edge);
+      if (isFloat) Append(bytes, float(std::int32_t(edge)) * 0x1p-30f);
+    }
+    for (float f : {1e-45f, -1e-45f, 1e-40f, -3e-39f, 1.17549421e-38f, 1e-38f, 0.999999f, 1.0f,
+                    -1.0f, 0.5f, 1.0f / 3.0f, 1e-10f}) {
+      if (isFloat) Append(bytes, f);
+    }
+    for (std::size_t i = 0; bytes.size() < count * 4; ++i) {
+      const std::uint32_t w = std::uint32_t(word(i));
+      Append(bytes, w);
+      if (isFloat) Append(bytes, w & 0x807FFFFFu);  // denormal
+      if (isFloat) Append(bytes, float(std::int32_t(w)) * 0x1p-30f);
+    }
   }
   return bytes;
 }
