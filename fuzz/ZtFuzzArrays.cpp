@@ -108,7 +108,8 @@ struct Strings {
     const unsigned long long n = in.ConsumeIntegralInRange<unsigned long long>(0, kMaxLength);
     Zt::CZtArrayString& a = *array;
     const char* const invalid = "Nullptr --> Array Data Invalid";
-    switch (in.ConsumeIntegralInRange(0, 7)) {
+    const int operation = in.ConsumeIntegralInRange(0, 7);
+    switch (operation) {
       case 0: {
         const int form = in.ConsumeIntegralInRange(0, 2);
         if (form < 2) {
@@ -127,31 +128,26 @@ struct Strings {
         a.New(n);
         model = std::vector<std::string>(n);
         break;
-      case 2: {
-        if (!model) {
-          ExpectRaise([&] { a.Resize(n); }, Failure({"Error resizing Array", invalid}, "Resize"),
-                      "Resize of an invalid string array");
-          break;
+      case 2:
+      case 4:
+        if (!model) {  // Resize or Reset of an invalid array
+          ExpectRaise([&] { operation == 2 ? a.Resize(n) : a.Reset(); },
+                      operation == 2 ? Failure({"Error resizing Array", invalid}, "Resize")
+                                     : Failure({invalid}, "Reset"),
+                      "an invalid string array");
+        } else if (operation == 4) {
+          a.Reset();
+          std::fill(model->begin(), model->end(), std::string());
+        } else {  // kept elements keep their addresses
+          const Zt::CZtString* first = model->empty() ? nullptr : &a[0];
+          a.Resize(n);
+          model->resize(n);
+          ZT_FUZZ_CHECK(n == 0 || first == nullptr || &a[0] == first, "Resize moved a string");
         }
-        // Kept elements keep their addresses.
-        const Zt::CZtString* first = model->empty() ? nullptr : &a[0];
-        a.Resize(n);
-        model->resize(n);
-        ZT_FUZZ_CHECK(n == 0 || first == nullptr || &a[0] == first, "Resize moved a kept string");
         break;
-      }
       case 3:
         a.Delete();
         model.reset();
-        break;
-      case 4:
-        if (!model) {
-          ExpectRaise([&] { a.Reset(); }, Failure({invalid}, "Reset"),
-                      "Reset of an invalid string array");
-          break;
-        }
-        a.Reset();
-        std::fill(model->begin(), model->end(), std::string());
         break;
       case 5: {
         const unsigned long long index = AnyIndex(in, model ? model->size() : 0);

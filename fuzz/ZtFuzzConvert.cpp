@@ -1,9 +1,7 @@
 // Pixel conversion against the tests' reference of the sample and channel
-// rules: random formats drawn from every layout and sample type and from
-// values that are none, small sizes, random samples; through ConvertType in
-// both forms and ConvertMemory, on separate buffers and on one buffer
-// converted onto itself. Every `false` is checked against the refusal rules
-// and every byte the call may not write against what it held before.
+// rules, for random formats (unknown values too), sizes and samples, through
+// ConvertType in both forms and ConvertMemory, apart and in place: every
+// `false` against the refusal rules, every byte not to be written unchanged.
 
 #include <fuzzer/FuzzedDataProvider.h>
 

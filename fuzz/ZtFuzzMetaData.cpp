@@ -105,16 +105,13 @@ Link Uninitialised() {
           kHollow<V> + 1};
 }
 
-// Names in the order of their bytes as unsigned values (std::string's own
-// order) with the kind each was added as, and the single-value tables by
-// kind. Arrays added to the store can't be read back through any form, so
-// their tables are left out.
+// Names in byte order with the kind each was added as, and the single-value
+// tables by kind (arrays added can't be read back through any form).
 struct Model {
   std::map<std::string, int> kinds;
   std::map<std::string, std::string> values[3];  // kinds 2, 3 and 4
 
-  // A read or write of a single value finds its record, or creates one
-  // holding zero or the empty text.
+  // A single value's record, created holding zero or the empty text.
   std::string& Value(int kind, const std::string& name) {
     const std::string zero = kind == 2 ? Bytes(0u) : kind == 3 ? Bytes(0.0) : std::string();
     return values[kind - 2].emplace(name, zero).first->second;
