@@ -86,15 +86,6 @@ Bytes Converted(const Format& t, const Format& s, const void* source) {
   return ZtConvertRef::ConvertImage(t.pixel, t.data, s.pixel, s.data, s.Count(), source);
 }
 
-// `actual` must start with `written` and keep `before` everywhere else.
-void ExpectWritten(const unsigned char* actual, const Bytes& before, const Bytes& written,
-                   const std::string& context) {
-  for (std::size_t i = 0; i < before.size(); ++i) {
-    const unsigned char expected = i < written.size() ? written[i] : before[i];
-    ZT_FUZZ_CHECK(actual[i] == expected, context + ": byte " + std::to_string(i));
-  }
-}
-
 // Where in-place conversion has a settled result: the same types, or a cell
 // whose target pixels have the size and sample count of the source's.
 bool SettledInPlace(const Format& t, const Format& s) {
@@ -137,6 +128,25 @@ void ConvertInPlace(unsigned char* buffer, const Format& t, const Format& s) {
   });
 }
 
+// After a conversion that returned `ok`, `actual` must hold `before` with the
+// converted pixels over its front or, in place, the settled result; of an
+// in-place conversion without one only the bytes behind `room` are known.
+void ExpectAfter(bool ok, bool inPlace, const Format& t, const Format& s, const void* source,
+                 const unsigned char* actual, const Bytes& before, std::size_t room,
+                 const std::string& context) {
+  Bytes after = before;
+  if (ok && !inPlace) {
+    const Bytes written = Converted(t, s, source);
+    std::copy(written.begin(), written.end(), after.begin());
+  } else if (ok && SettledInPlace(t, s)) {
+    ConvertInPlace(after.data(), t, s);
+  } else if (ok) {
+    std::copy(actual, actual + room, after.begin());
+  }
+  for (std::size_t i = 0; i < before.size(); ++i)
+    ZT_FUZZ_CHECK(actual[i] == after[i], context + ": byte " + std::to_string(i));
+}
+
 // ConvertMemory on separate buffers or onto one; it runs a cell when the
 // target is writable and the source readable, and copies equal formats.
 void Memory(bool inPlace, const Format& t, const Format& s, const Bytes& pattern) {
@@ -152,15 +162,7 @@ void Memory(bool inPlace, const Format& t, const Format& s, const Bytes& pattern
                               s.Text() + " -> " + t.Text();
   const bool expected = t == s || (Writable(t.pixel, t.data) && Readable(s.pixel, s.data));
   ZT_FUZZ_CHECK(ok == expected, context + (ok ? ": true" : ": false"));
-  Bytes after = before;
-  if (ok && !inPlace) {
-    after = Converted(t, s, source.data());
-  } else if (ok && SettledInPlace(t, s)) {
-    ConvertInPlace(after.data(), t, s);
-  } else if (ok) {  // not settled: only the bytes behind the target's room are known
-    std::copy(buffer.begin(), buffer.begin() + long(room), after.begin());
-  }
-  ExpectWritten(buffer.data(), before, ok ? after : Bytes{}, context);
+  ExpectAfter(ok, inPlace, t, s, source.data(), buffer.data(), before, room, context);
 }
 
 // An image of `f` holding the pattern, or an invalid one for a size of 0.
@@ -227,15 +229,9 @@ void TypeInto(bool inPlace, const Format& t, const Format& s, Format old, const 
   ZT_FUZZ_CHECK(ok == expected, context + (ok ? ": true" : ": false"));
   if (!target.IsValid()) return;
   ZT_FUZZ_CHECK(FormatOf(target) == kept, context + ": target format changed");
-  Bytes after;
-  if (ok && inPlace) {
-    if (!SettledInPlace(t, s)) return;
-    after = before;
-    ConvertInPlace(after.data(), t, s);
-  } else if (ok) {
-    after = Converted(t, s, source.GetDataPtr());
-  }
-  ExpectWritten(static_cast<const unsigned char*>(target.GetDataPtr()), before, after, context);
+  ExpectAfter(ok, inPlace, t, s, source.GetDataPtr(),
+              static_cast<const unsigned char*>(target.GetDataPtr()), before, before.size(),
+              context);
 }
 
 }  // namespace
