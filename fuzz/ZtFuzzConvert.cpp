@@ -1,9 +1,7 @@
-// Pixel conversion against the plain reference of the sample and channel
-// rules: random formats drawn from every layout and sample type and from
-// values that are none, small sizes, random samples; through ConvertType in
-// both forms and ConvertMemory, on separate buffers and on one buffer
-// converted onto itself. Every `false` is checked against the refusal rules
-// and every byte the call may not write against what it held before.
+// Pixel conversion against the tests' reference of the sample and channel
+// rules, for random formats (unknown values too), sizes and samples, through
+// ConvertType in both forms and ConvertMemory, apart and in place: every
+// `false` against the refusal rules, every byte not to be written unchanged.
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -14,35 +12,18 @@
 #include <vector>
 
 #include "ZtConvertReference.h"
+#include "ZtConvertTesting.h"
 #include "ZtFuzzCheck.h"
 #include "ZtImage.h"
-#include "ZtTypeLists.h"
 
 using Zt::CZtImage;
-using Zt::CZtImageFormat;
 using namespace ZtTest;
 using Bytes = std::vector<unsigned char>;
 
 namespace {
 
-constexpr unsigned char kGuard = 0xA5;
-constexpr std::size_t kGuardBytes = 64;
 constexpr int kMaxSide = 40;
 
-// --- The formats, known here without asking the library ----------------------
-
-int Components(EPixelType::ID type) {
-  for (const auto& p : kPixelTypes) {
-    if (p.type == type) return p.components;
-  }
-  return 0;
-}
-int SampleBytes(EDataType::ID type) {
-  for (const auto& d : kDataTypes) {
-    if (d.type == type) return d.bytes;
-  }
-  return 0;
-}
 // 0 when either type is unknown.
 std::size_t PixelBytes(EPixelType::ID p, EDataType::ID d) {
   return std::size_t(Components(p) * SampleBytes(d));
@@ -57,36 +38,25 @@ struct Format {
   EDataType::ID data;
   unsigned Count() const { return unsigned(height) * unsigned(width); }
   std::size_t Bytes() const { return std::size_t(Count()) * PixelBytes(pixel, data); }
-  CZtImageFormat Library() const { return CZtImageFormat(width, height, pixel, data); }
+  Zt::CZtImageFormat Library() const { return {width, height, pixel, data}; }
   bool SameTypes(const Format& o) const { return pixel == o.pixel && data == o.data; }
   bool operator==(const Format& o) const {
     return width == o.width && height == o.height && SameTypes(o);
   }
   std::string Text() const {
-    std::string text = std::to_string(width) + "x" + std::to_string(height);
-    for (const auto& p : kPixelTypes) {
-      if (p.type == pixel) return text + " " + p.name + " " + DataName();
-    }
-    return text + " pixel type " + std::to_string(int(pixel)) + " " + DataName();
-  }
-  std::string DataName() const {
-    for (const auto& d : kDataTypes) {
-      if (d.type == data) return d.name;
-    }
-    return "data type " + std::to_string(int(data));
+    return std::to_string(width) + "x" + std::to_string(height) + " pixel type " +
+           std::to_string(int(pixel)) + " data type " + std::to_string(int(data));
   }
 };
 
 // Mostly the known values, now and then one that is none.
 EPixelType::ID PickPixelType(FuzzedDataProvider& in, bool knownOnly) {
   const unsigned i = in.ConsumeIntegralInRange<unsigned>(0, knownOnly ? 9 : 11);
-  if (i < 10) return kPixelTypes[i].type;
-  return AsPixelType(in.PickValueInArray(kUnknownPixelTypes));
+  return i < 10 ? kPixelTypes[i].type : AsPixelType(in.PickValueInArray(kUnknownPixelTypes));
 }
 EDataType::ID PickDataType(FuzzedDataProvider& in, bool knownOnly) {
   const unsigned i = in.ConsumeIntegralInRange<unsigned>(0, knownOnly ? 7 : 9);
-  if (i < 8) return kDataTypes[i].type;
-  return AsDataType(in.PickValueInArray(kUnknownDataTypes));
+  return i < 8 ? kDataTypes[i].type : AsDataType(in.PickValueInArray(kUnknownDataTypes));
 }
 
 // `size` bytes repeating the fuzzer's pattern.
@@ -111,32 +81,17 @@ Format FormatOf(const CZtImage& image) {
 // What a conversion from `s` to the types of `t` must write: the source's
 // pixels, or the reference's conversion of them.
 Bytes Converted(const Format& t, const Format& s, const void* source) {
-  if (t.SameTypes(s)) {
-    const auto* p = static_cast<const unsigned char*>(source);
-    return Bytes(p, p + s.Bytes());
-  }
+  const auto* p = static_cast<const unsigned char*>(source);
+  if (t.SameTypes(s)) return Bytes(p, p + s.Bytes());
   return ZtConvertRef::ConvertImage(t.pixel, t.data, s.pixel, s.data, s.Count(), source);
 }
-
-// `actual` must start with `written` and keep `before` everywhere else.
-void ExpectWritten(const unsigned char* actual, const Bytes& before, const Bytes& written,
-                   const std::string& context) {
-  for (std::size_t i = 0; i < before.size(); ++i) {
-    const unsigned char expected = i < written.size() ? written[i] : before[i];
-    ZT_FUZZ_CHECK(actual[i] == expected, context + ": byte " + std::to_string(i) + " is " +
-                                             std::to_string(actual[i]) + ", expected " +
-                                             std::to_string(expected));
-  }
-}
-
-// --- A conversion onto itself ------------------------------------------------
 
 // Where in-place conversion has a settled result: the same types, or a cell
 // whose target pixels have the size and sample count of the source's.
 bool SettledInPlace(const Format& t, const Format& s) {
-  if (t.SameTypes(s)) return true;
-  return Writable(t.pixel, t.data) && Components(t.pixel) == Components(s.pixel) &&
-         SampleBytes(t.data) == SampleBytes(s.data);
+  return t.SameTypes(s) ||
+         (Writable(t.pixel, t.data) && Components(t.pixel) == Components(s.pixel) &&
+          SampleBytes(t.data) == SampleBytes(s.data));
 }
 
 // The settled in-place result: pixel by pixel red, green and blue are each
@@ -144,9 +99,8 @@ bool SettledInPlace(const Format& t, const Format& s) {
 // then a second pass writes every alpha.
 void ConvertInPlace(unsigned char* buffer, const Format& t, const Format& s) {
   if (t.SameTypes(s)) return;
-  const int from = ZtConvertRef::LayoutIndex(s.pixel);
   const int to = ZtConvertRef::LayoutIndex(t.pixel);
-  const ZtConvertRef::Mapping& m = ZtConvertRef::kTable[from][to];
+  const ZtConvertRef::Mapping& m = ZtConvertRef::kTable[ZtConvertRef::LayoutIndex(s.pixel)][to];
   // Target positions of red, green and blue (luminance alone in Lum and
   // LumA), and of alpha.
   static const std::vector<int> kColours[6] = {{0, 1, 2}, {0, 1, 2}, {0},
@@ -169,52 +123,46 @@ void ConvertInPlace(unsigned char* buffer, const Format& t, const Format& s) {
       for (unsigned i = 0; i < s.Count(); ++i) {
         for (int k : kColours[to]) store(i, k);
       }
-      if (kAlpha[to] >= 0) {
-        for (unsigned i = 0; i < s.Count(); ++i) store(i, kAlpha[to]);
-      }
+      for (unsigned i = 0; kAlpha[to] >= 0 && i < s.Count(); ++i) store(i, kAlpha[to]);
     });
   });
 }
 
-// --- The routes ----------------------------------------------------------------
-
-// Whether the dispatch runs a cell for these formats; equal formats are
-// copied before it is asked.
-bool Dispatched(const Format& t, const Format& s) {
-  return Writable(t.pixel, t.data) && Readable(s.pixel, s.data);
+// After a conversion that returned `ok`, `actual` must hold `before` with the
+// converted pixels over its front or, in place, the settled result; of an
+// in-place conversion without one only the bytes behind `room` are known.
+void ExpectAfter(bool ok, bool inPlace, const Format& t, const Format& s, const void* source,
+                 const unsigned char* actual, const Bytes& before, std::size_t room,
+                 const std::string& context) {
+  Bytes after = before;
+  if (ok && !inPlace) {
+    const Bytes written = Converted(t, s, source);
+    std::copy(written.begin(), written.end(), after.begin());
+  } else if (ok && SettledInPlace(t, s)) {
+    ConvertInPlace(after.data(), t, s);
+  } else if (ok) {
+    std::copy(actual, actual + room, after.begin());
+  }
+  for (std::size_t i = 0; i < before.size(); ++i)
+    ZT_FUZZ_CHECK(actual[i] == after[i], context + ": byte " + std::to_string(i));
 }
 
-void MemoryDisjoint(const Format& t, const Format& s, const Bytes& pattern) {
+// ConvertMemory on separate buffers or onto one; it runs a cell when the
+// target is writable and the source readable, and copies equal formats.
+void Memory(bool inPlace, const Format& t, const Format& s, const Bytes& pattern) {
   const Bytes source = Fill(std::max<std::size_t>(s.Bytes(), 1), pattern);
   const std::size_t room =
       std::max(s.Bytes(), std::size_t(s.Count()) * PixelBytes(t.pixel, t.data));
-  const Bytes before(room + kGuardBytes, kGuard);
-  Bytes target = before;
-  const bool ok = CZtImage::ConvertMemory(target.data(), source.data(), t.Library(), s.Library());
-  const std::string context = "ConvertMemory " + s.Text() + " -> " + t.Text();
-  const bool expected = t == s || Dispatched(t, s);
-  ZT_FUZZ_CHECK(ok == expected, context + (ok ? ": true" : ": false"));
-  ExpectWritten(target.data(), before, ok ? Converted(t, s, source.data()) : Bytes{}, context);
-}
-
-void MemoryInPlace(const Format& t, const Format& s, const Bytes& pattern) {
-  const std::size_t room =
-      std::max(s.Bytes(), std::size_t(s.Count()) * PixelBytes(t.pixel, t.data));
-  Bytes before = Fill(s.Bytes(), pattern);
+  Bytes before = inPlace ? Fill(s.Bytes(), pattern) : Bytes{};
   before.resize(room + kGuardBytes, kGuard);
   Bytes buffer = before;
-  const bool ok = CZtImage::ConvertMemory(buffer.data(), buffer.data(), t.Library(), s.Library());
-  const std::string context = "ConvertMemory in place " + s.Text() + " -> " + t.Text();
-  const bool expected = t == s || Dispatched(t, s);
+  const bool ok = CZtImage::ConvertMemory(buffer.data(), inPlace ? buffer.data() : source.data(),
+                                          t.Library(), s.Library());
+  const std::string context = std::string(inPlace ? "ConvertMemory in place " : "ConvertMemory ") +
+                              s.Text() + " -> " + t.Text();
+  const bool expected = t == s || (Writable(t.pixel, t.data) && Readable(s.pixel, s.data));
   ZT_FUZZ_CHECK(ok == expected, context + (ok ? ": true" : ": false"));
-  Bytes after = before;
-  if (ok && SettledInPlace(t, s)) {
-    ConvertInPlace(after.data(), t, s);
-  } else if (ok) {
-    // Not settled: only the bytes behind the target's room are known.
-    std::copy(buffer.begin(), buffer.begin() + long(room), after.begin());
-  }
-  ExpectWritten(buffer.data(), before, after, context);
+  ExpectAfter(ok, inPlace, t, s, source.data(), buffer.data(), before, room, context);
 }
 
 // An image of `f` holding the pattern, or an invalid one for a size of 0.
@@ -239,30 +187,24 @@ void TypeCreating(bool member, const Format& t, const Format& s, const Format& o
                          : CZtImage::ConvertType(&target, &source, t.pixel, t.data, true);
   const std::string context =
       std::string(member ? "ConvertType " : "ConvertType created ") + s.Text() + " -> " + t.Text();
-  if (!source.IsValid()) {
-    // Nothing happens to the target.
+  if (!source.IsValid()) {  // nothing happens to the target
     ZT_FUZZ_CHECK(!ok, context + ": true from an invalid source");
     ZT_FUZZ_CHECK(target.IsValid() == !oldBytes.empty(), context + ": target validity changed");
-    if (target.IsValid()) {
-      ZT_FUZZ_CHECK(FormatOf(target) == old, context + ": target format changed");
-      ZT_FUZZ_CHECK(BytesOf(target, old.Bytes()) == oldBytes, context + ": target pixels changed");
-    }
+    ZT_FUZZ_CHECK(
+        !target.IsValid() || (FormatOf(target) == old && BytesOf(target, old.Bytes()) == oldBytes),
+        context + ": target changed");
     return;
   }
-  if (!Readable(t.pixel, t.data)) {
-    // Create refuses the type: the target is left empty.
+  if (!Readable(t.pixel, t.data)) {  // Create refuses the type: the target is left empty
     ZT_FUZZ_CHECK(!ok && !target.IsValid(), context + ": an unknown type was created");
     return;
   }
   const Format created{s.width, s.height, t.pixel, t.data};
   ZT_FUZZ_CHECK(target.IsValid() && FormatOf(target) == created,
                 context + ": target not created as " + created.Text());
-  const bool expected = t.SameTypes(s) || !IsBayer(t.pixel);
-  ZT_FUZZ_CHECK(ok == expected, context + (ok ? ": true" : ": false"));
-  if (ok) {
-    ZT_FUZZ_CHECK(BytesOf(target, created.Bytes()) == Converted(t, s, source.GetDataPtr()),
-                  context + ": pixels differ");
-  }
+  ZT_FUZZ_CHECK(ok == (t.SameTypes(s) || !IsBayer(t.pixel)), context + (ok ? ": true" : ": false"));
+  ZT_FUZZ_CHECK(!ok || BytesOf(target, created.Bytes()) == Converted(t, s, source.GetDataPtr()),
+                context + ": pixels differ");
 }
 
 // The static form with create false: only the target's memory is used, and
@@ -272,14 +214,14 @@ void TypeInto(bool inPlace, const Format& t, const Format& s, Format old, const 
   const std::size_t written = std::size_t(s.Count()) * PixelBytes(t.pixel, t.data);
   if (inPlace && written > s.Bytes()) return;  // would overrun: the caller's fault
   // A target with room for what the conversion writes.
-  const std::size_t need = std::max(written, s.Bytes());
   old.height = 1;
-  old.width = int(need / PixelBytes(old.pixel, old.data)) + 1 + old.width % 4;
+  old.width =
+      int(std::max(written, s.Bytes()) / PixelBytes(old.pixel, old.data)) + 1 + old.width % 4;
   CZtImage other = Image(old, Bytes{std::uint8_t(pattern[0] ^ 0x5A)});
   CZtImage& target = inPlace ? source : other;
   const Format kept = FormatOf(target);
-  const std::size_t size = inPlace ? s.Bytes() : old.Bytes();
-  const Bytes before = target.IsValid() ? BytesOf(target, size) : Bytes{};
+  const Bytes before =
+      target.IsValid() ? BytesOf(target, inPlace ? s.Bytes() : old.Bytes()) : Bytes{};
   const bool ok = CZtImage::ConvertType(&target, &source, t.pixel, t.data, false);
   const std::string context = std::string(inPlace ? "ConvertType in place " : "ConvertType into ") +
                               s.Text() + " -> " + t.Text();
@@ -287,15 +229,9 @@ void TypeInto(bool inPlace, const Format& t, const Format& s, Format old, const 
   ZT_FUZZ_CHECK(ok == expected, context + (ok ? ": true" : ": false"));
   if (!target.IsValid()) return;
   ZT_FUZZ_CHECK(FormatOf(target) == kept, context + ": target format changed");
-  Bytes after;
-  if (ok && inPlace) {
-    if (!SettledInPlace(t, s)) return;
-    after = before;
-    ConvertInPlace(after.data(), t, s);
-  } else if (ok) {
-    after = Converted(t, s, source.GetDataPtr());
-  }
-  ExpectWritten(static_cast<const unsigned char*>(target.GetDataPtr()), before, after, context);
+  ExpectAfter(ok, inPlace, t, s, source.GetDataPtr(),
+              static_cast<const unsigned char*>(target.GetDataPtr()), before, before.size(),
+              context);
 }
 
 }  // namespace
@@ -323,14 +259,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
              PickPixelType(in, true), PickDataType(in, true)};
   Bytes pattern = in.ConsumeRemainingBytes<unsigned char>();
   if (pattern.empty()) pattern.push_back(0);
-
   switch (route) {
-    case 0: MemoryDisjoint(t, s, pattern); break;
-    case 1: MemoryInPlace(t, s, pattern); break;
-    case 2: TypeCreating(true, t, s, old, pattern); break;
-    case 3: TypeCreating(false, t, s, old, pattern); break;
-    case 4: TypeInto(false, t, s, old, pattern); break;
-    default: TypeInto(true, t, s, old, pattern); break;
+    case 0:
+    case 1: Memory(route == 1, t, s, pattern); break;
+    case 2:
+    case 3: TypeCreating(route == 2, t, s, old, pattern); break;
+    default: TypeInto(route == 5, t, s, old, pattern); break;
   }
   return 0;
 }
