@@ -20,10 +20,8 @@ CArguments Words(const std::string& command, const CScratchDir* dir = nullptr) {
   return words;
 }
 
-// Runs in turn, on files of a scratch directory: a success says what
-// it did on stdout, a failure why in one line on stderr, leaving the directory
-// as it was. Exit codes: 0 done, 1 failed, 2 refused. What the arguments
-// alone show is refused before INPUT is opened: none of those inputs exists.
+// Runs in turn in a scratch directory: exit 0 says what it did on stdout, 1 (failed) or 2
+// (refused, before INPUT is opened: those inputs do not exist) why in one line on stderr.
 TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
   CScratchDir dir;
   WriteFile(dir / "start.pgm", "P5\n3 1\n255\n\0\63\377"s);  // 0, 51, 255
@@ -71,10 +69,9 @@ TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
        "(3x1, RGBA, Double) -> "},
       {"-f PNM @missing.pgm -", 1, "cannot open '"},  // a lone "-" is a file
       {"@cut.pgm @out.png", 1, "file is truncated"},
+      // With -r a file is raw, whatever its content says.
       {"-r '2x2, Lum, UByte' @cut.pgm @out.png", 1, "holds 13 bytes, but 2x2, Lum, UByte takes 4"},
       {"--max-pixels 1 @in.pgm @out.png", 1, "image of 2x1 is larger than 1 pixels"},
-      // With -r a file is raw, whatever its content says.
-      {"-l Lum -t UByte -r '1x1, RGBA, Byte' @in.pgm @out.png", 1, "holds 13 bytes"},
       {"@cut.pgm @nowhere/out.png", 1, "file is truncated"},
       {"@in.pgm @nowhere/out.png", 1, "nowhere"},
   };

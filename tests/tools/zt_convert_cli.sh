@@ -13,8 +13,7 @@ printf 'P5\n3 2\n255\n\001\002\003\004\005\377' >grey.pgm
 printf 'P5\n3 2\n255\n\001\002' >cut.pgm
 inputs=$(ls -A)
 
-# expect <exit code> <stderr pattern> <arguments...>: a failure says why in one
-# line on stderr and leaves nothing beside the inputs.
+# expect <exit code> <stderr pattern> <arguments...>: one line on stderr, nothing beside the inputs.
 expect() {
   local code=$1 pattern=$2 err status
   shift 2
@@ -31,17 +30,15 @@ expect 2 "unknown layout 'CMYK'" -l CMYK grey.pgm out.png
 expect 1 'cut.pgm: file is truncated' cut.pgm keep.png
 cmp -s grey.png keep.png || fail "a failed run changed an existing output"
 
-# check <description> <shell command, with the tool as $1>. Standard input is
-# recognised by its content; standard output takes the format -f names.
+# check <description> <shell command, the tool as $1>: standard input is known by its content.
 check() { sh -c "$2" sh "$tool" || fail "$1"; }
 check "a pipeline through PNG and PAM keeps the pixels" '"$1" - -f png - <grey.pgm | "$1" - -f pam - | "$1" - -f pgm - | cmp -s - grey.pgm'
 check "a raw block from standard input" 'tail -c 6 grey.pgm | "$1" -r "3x2, Lum, UByte" - -f pgm - | cmp -s - grey.pgm'
 check "--info names standard input '-'" '"$1" --info - <grey.pgm | grep -qx -- "-: PGM 3x2, Lum, UByte; magic=P5 maxval=255"'
 check "--verbose writes to stderr when the image goes to stdout" '"$1" -v grey.pgm -f pgm - 2>&1 >/dev/null | grep -q "(3x2, Lum, UByte) -> -"'
 
-# Interrupted while it writes (16 MB of noise take a while to deflate), the tool dies of the
-# signal, as the shell must see, and leaves the old output alone. Job control keeps the
-# background job from ignoring SIGINT.
+# Interrupted while it deflates 16 MB of noise, the tool dies of the signal and leaves the old
+# output alone. Job control keeps the background job from ignoring SIGINT.
 head -c 16777216 /dev/urandom >noise.raw
 set -m
 for signal in INT TERM HUP; do
@@ -80,8 +77,7 @@ offers "" -r ""
 offers "a.png b.PGM d.raw sub" ""
 offers "a.png" -v a
 
-# The demo takes its options as options, not as the name of a directory; every
-# PNG of its tour is there, and the pairs that must agree pixel for pixel do.
+# The demo's options are no directory's name; its PNGs are there, and the pairs that must agree do.
 if [[ -n $demo ]]; then
   cd "$dir/empty" || exit 1
   "$demo" --help | grep -q '^usage: zt-demo' || fail "zt-demo --help prints no usage"
