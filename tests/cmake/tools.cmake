@@ -1,5 +1,4 @@
-# zt-convert and its files, in process and as a user runs it (with its completion,
-# and the demo's pictures when the examples are built, which come after the tests).
+# zt-convert in process and as a user runs it (completion, and the demo's pictures if built).
 if(ZT_BUILD_TOOLS)
   find_package(PNG REQUIRED)
   zt_add_gtest(zt_tools_tests

@@ -11,21 +11,6 @@ using CArguments = std::vector<std::string>;
 
 namespace {
 
-// The options as a command line of their own: files first, then what was set.
-std::string Describe(const SConvertOptions& o) {
-  std::ostringstream text;
-  for (const auto& file : o.Files) text << file << ' ';
-  if (o.PixelType)
-    text << "-l " << CZtImageFormat::PixelType2String(*o.PixelType).ToCString() << ' ';
-  if (o.DataType) text << "-t " << CZtImageFormat::DataType2String(*o.DataType).ToCString() << ' ';
-  if (o.OutputFormat) text << "-f " << FileFormatName(*o.OutputFormat) << ' ';
-  if (o.RawFormat) text << "-r " << FormatText(*o.RawFormat) << ' ';
-  if (o.MaxPixels != 268435456u) text << "--max-pixels " << o.MaxPixels << ' ';
-  text << (o.Info ? "--info " : "") << (o.Verbose ? "-v " : "") << (o.Help ? "-h " : "")
-       << (o.Version ? "--version " : "");
-  return text.str();
-}
-
 // The words of a command line: '...' holds blanks, "@name" is a scratch file.
 CArguments Words(const std::string& command, const CScratchDir* dir = nullptr) {
   CArguments words;
@@ -35,31 +20,8 @@ CArguments Words(const std::string& command, const CScratchDir* dir = nullptr) {
   return words;
 }
 
-TEST(ZtConvertCommand, ParsesEveryOptionSpelling) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"in.png out.pgm", "in.png out.pgm "},
-      {"-l lum -t UShort in.png out.pgm", "in.png out.pgm -l Lum -t UShort "},
-      {"in.png --layout=BGRA out.png --type ubyte", "in.png out.png -l BGRA -t UByte "},
-      {"-v -r '4x4, BayerRG, UShort' in.raw out.png", "in.raw out.png -r 4x4, BayerRG, UShort -v "},
-      {"--raw-format=4x4,BayerRG,UShort --verbose -- in.raw -out.png",
-       "in.raw -out.png -r 4x4, BayerRG, UShort -v "},
-      {"-r '2x3, LumA, Int' a.raw b.raw", "a.raw b.raw -r 2x3, LumA, Int "},
-      {"-- -in.pgm -l", "-in.pgm -l "},
-      {"- -f PNM -", "- - -f PNM "},  // a lone "-" is a file: the standard streams
-      {"--format=.pam a b", "a b -f PAM "},
-      {"--info a.png - c.pgm", "a.png - c.pgm --info "},
-      {"--max-pixels 12 a b", "a b --max-pixels 12 "},
-      {"--help", "-h "},
-      {"--version", "--version "},
-  };
-  for (const auto& [command, expected] : cases)
-    EXPECT_EQ(Describe(ParseConvertArguments(Words(command))), expected);
-}
-
-// Runs in turn, on files of a scratch directory: a success says what
-// it did on stdout, a failure why in one line on stderr, leaving the directory
-// as it was. Exit codes: 0 done, 1 failed, 2 refused. What the arguments
-// alone show is refused before INPUT is opened: none of those inputs exists.
+// Runs in turn in a scratch directory: exit 0 says what it did on stdout, 1 (failed) or 2
+// (refused, before INPUT is opened: those inputs do not exist) why in one line on stderr.
 TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
   CScratchDir dir;
   WriteFile(dir / "start.pgm", "P5\n3 1\n255\n\0\63\377"s);  // 0, 51, 255
@@ -70,22 +32,19 @@ TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
       {"--help", 0, "usage: zt-convert"},
       {"--version", 0, "zt-convert (Zt.Core.Ex) 1."},
       {"", 2, "needs an INPUT and an OUTPUT file"},
-      {"in.png", 2, "needs an INPUT and an OUTPUT file"},
       {"a.png b.png c.png", 2, "too many files: c.png"},
       {"-x a.png b.png", 2, "unknown option -x"},
-      {"--bogus a.png b.png", 2, "unknown option --bogus"},
       {"--verbose=yes a.png b.png", 2, "unknown option --verbose=yes"},
       {"a.png b.png -l", 2, "-l needs a value"},
       {"-l YUV a.png b.png", 2, "unknown layout 'YUV'"},
       {"-t half a.png b.png", 2, "unknown sample type 'half'"},
       {"-r '4x4 BayerRG UShort' a.raw b.png", 2, "expected WIDTHxHEIGHT, LAYOUT, TYPE"},
       {"--max-pixels 0 a.png b.png", 2, "--max-pixels needs a positive whole number, not '0'"},
-      {"--max-pixels -3 a.png b.png", 2, "--max-pixels needs a positive whole number, not '-3'"},
       {"--max-pixels=1e6 a.png b.png", 2, "needs a positive whole number, not '1e6'"},
       {"--info", 2, "--info needs at least one FILE"},
       {"--info -t UByte a.png", 2, "--info takes no"},
       {"absent.png b.tiff", 2, "unknown file format of 'b.tiff'"},
-      {"absent.png noextension", 2, "unknown file format of 'noextension'"},
+      {"-- -in.pgm -l", 2, "unknown file format of '-l'"},  // after "--" only files
       {"-f jpeg absent.png b.png", 2, "unknown file format 'jpeg'"},
       {"absent.png -", 2, "writing to standard output needs its format given (-f)"},
       {"absent.png b.pbm", 2, "PBM files are read, not written"},
@@ -101,17 +60,18 @@ TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
        "PFM files hold Lum or RGB with Float samples, not LumA, Float"},
       {"-f ppm -l Lum absent.pgm out.png", 2, "out.png: PPM files hold RGB"},
       // Three greys through every file format and back; 51 / 255 is 0.2 as a float.
-      {"-v --layout RGB @start.pgm @float.pfm", 0, "(3x1, Lum, UByte) -> "},
-      {"-v -l RGBA @float.pfm @deep.pam", 0, "(3x1, RGB, Float) -> "},
-      {"-v -l BGRA -t UShort @deep.pam @swapped.png", 0, "(3x1, RGBA, UShort) -> "},
+      // The option spellings vary along the way; -f wins over a name's extension.
+      {"--verbose --layout RGB @start.pgm @float.pfm", 0, "(3x1, Lum, UByte) -> "},
+      {"-v -l RGBA --format=.pam @float.pfm @deep", 0, "(3x1, RGB, Float) -> "},
+      {"-v --layout=BGRA --type ushort @deep @swapped.png", 0, "(3x1, RGBA, UShort) -> "},
       {"-v -t Double @swapped.png @wide.raw", 0, "(3x1, RGBA, UShort) -> "},
-      {"-v -r '3x1, RGBA, Double' -t UByte @wide.raw @end.ppm", 0, "(3x1, RGBA, Double) -> "},
-      {"@missing.pgm @out.png", 1, "cannot open '"},
+      {"-v --raw-format=3x1,RGBA,Double -t UByte -- @wide.raw @end.ppm", 0,
+       "(3x1, RGBA, Double) -> "},
+      {"-f PNM @missing.pgm -", 1, "cannot open '"},  // a lone "-" is a file
       {"@cut.pgm @out.png", 1, "file is truncated"},
+      // With -r a file is raw, whatever its content says.
       {"-r '2x2, Lum, UByte' @cut.pgm @out.png", 1, "holds 13 bytes, but 2x2, Lum, UByte takes 4"},
       {"--max-pixels 1 @in.pgm @out.png", 1, "image of 2x1 is larger than 1 pixels"},
-      // With -r a file is raw, whatever its content says.
-      {"-l Lum -t UByte -r '1x1, RGBA, Byte' @in.pgm @out.png", 1, "holds 13 bytes"},
       {"@cut.pgm @nowhere/out.png", 1, "file is truncated"},
       {"@in.pgm @nowhere/out.png", 1, "nowhere"},
   };
@@ -132,7 +92,7 @@ TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
   // the alpha filled at full scale (in UShort, a PAM's default from a PFM) was dropped.
   EXPECT_EQ(ReadFile(dir / "end.ppm"), "P6\n3 1\n255\n\0\0\0\63\63\63\377\377\377"s);
   CZtImage deep;
-  ReadImageFile(dir / "deep.pam", deep);
+  ReadImageFile(dir / "deep", deep);
   EXPECT_EQ(Samples(deep), "0 0 0 65535 13107 13107 13107 65535 65535 65535 65535 65535");
 }
 

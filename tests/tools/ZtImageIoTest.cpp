@@ -1,11 +1,8 @@
-// zt-convert's image files, read, written and replaced; failures name the file
-// and leave nothing behind, also on a fatal signal.
+// zt-convert's image files, read, written and replaced; failures name the file, leave nothing.
 
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include "ZtAtomicFile.h"
@@ -107,8 +104,6 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
   WriteImageFile(dir / "good.png", Scrambled({4, 3, EPixelType::RGB, EDataType::UByte}));
   const std::string png = ReadFile(dir / "good.png");
   ASSERT_GT(png.size(), 40u);
-  std::string badCrc = png;
-  badCrc[29] ^= '\xFF';  // the CRC of the IHDR chunk
   // A leading '!' marks a part of the error message after the file's name.
   // Files named "exact" are written back byte for byte: big-endian integers,
   // PFM little-endian and bottom-up, raw as in memory.
@@ -122,13 +117,8 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
       {"exact.pfm", "Pf\n1 2\n-1.0\n\0\0\0\100\0\0\200\77"s, "1x2, Lum, Float: 1 2"},
       {"exact.raw", "\2\1\xB0\xA0",
        "2x1, Lum, UShort: 258 41136"},  // every target is little-endian
-      {"comments.pgm", "P5 # made by hand\n# a whole comment line\n2 1\n255\n\0\377"s,
-       "2x1, Lum, UByte: 0 255"},
       // Maxvals other than 255 and 65535 are rescaled, rounding to nearest.
-      {"maxval100.pgm", "P5\n3 1\n100\n\0\62\144"s, "3x1, Lum, UByte: 0 128 255"},
       {"maxval1023.pgm", "P5\n2 1\n1023\n\3\377\2\0"s, "2x1, Lum, UShort: 65535 32800"},
-      {"big.ppm", "P6\n1 1\n65535\n\x12\x34\0\1\xFF\xFE"s, "1x1, RGB, UShort: 4660 1 65534"},
-      {"colour.pgm", "P6\n1 1\n255\n\1\2\3", "1x1, RGB, UByte: 1 2 3"},
       {"bw.pam", "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 1\nMAXVAL 1\nTUPLTYPE BLACKANDWHITE\nENDHDR\n\1\0"s,
        "2x1, Lum, UByte: 255 0"},
       {"rgba.pam",
@@ -155,19 +145,13 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
        MakePng(2, 2, 2, 3, "\x10\xB0",
                {"PLTE\xFF\0\0\0\xFF\0\0\0\xFF\xFF\xFF\xFF"s, "tRNS\xFF\x80\0"s}),
        "2x2, RGBA, UByte: 255 0 0 255 0 255 0 128 0 0 255 0 255 255 255 255"},  // entry 3 opaque
-      {"grey1.png", MakePng(3, 1, 1, 0, "\xA0"), "3x1, Lum, UByte: 255 0 255"},
-      {"grey16.png", MakePng(2, 1, 16, 0, "\x12\x34\xFE\xDC"), "2x1, Lum, UShort: 4660 65244"},
       {"greytrns.png", MakePng(2, 1, 8, 0, "\7\11", {"tRNS\0\7"s}), "2x1, LumA, UByte: 7 0 9 255"},
       {"rgba16.png", MakePng(1, 1, 16, 6, "\0\1\x80\0\xFF\xFF\x12\x34"s),
        "1x1, RGBA, UShort: 1 32768 65535 4660"},
-      {"short.pgm", "P5\n2 2\n255\n\1\2\3", "!file is truncated: 3 of 4 bytes of pixels"},
       {"header.pgm", "P5\n2 2", "!truncated in its header"},
-      {"empty.ppm", "", "!not a PPM file (bad magic)"},
       {"magic.pgm", "GIF89a", "!not a PGM file (bad magic)"},
       {"unnamed", "GIF89a", "!not a known image format"},
-      {"magic.pam", "P8\n1 1\n255\n", "!not a PAM file (bad magic)"},
       {"plain.pgm", "P2\n2 1\n255\n7 x\n", "!bad character in plain pixels"},
-      {"plainmax.ppm", "P3\n1 1\n15\n1 2 16\n", "!sample 16 above maxval 15"},
       {"plainshort.ppm", "P3\n2 1\n255\n1 2 3 4 5", "!truncated: 9 of 11 bytes"},
       {"plaincut.pgm", "P2\n2 2\n255\n1 2 3         ", "!truncated in its pixels"},
       {"bitmap.pbm", "P1\n2 2\n1 0 2 1", "!bad character in plain bitmap"},
@@ -190,21 +174,16 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
       {"scale.pfm", "Pf\n1 1\n0.0\n\0\0\0\0"s, "!bad PFM scale '0.0'"},
       {"short.pfm", "PF\n1 1\n-1.0\n\0\0\0\0"s, "!file is truncated: 4 of 12 bytes"},
       {"cut.png", png.substr(0, 40), "!truncated"},
-      {"crc.png", badCrc, "!CRC error"},
-      {"netpbm.png", "Q5\n1 1\n255\n\1", "!not a PNG file (bad magic)"},
       {"wrong.raw", std::string(12, '\7'), "!holds 12 bytes, but 2x1, Lum, UShort takes 4"},
   };
-  // Adam7 pictures where every sample differs, so that a misplaced pass shows.
-  for (const unsigned size : {1u, 5u, 9u, 17u}) {
-    std::string rows, samples;
-    for (unsigned i = 0; i < 3 * size * (size + 2); ++i) {
-      rows += static_cast<char>(i * 7 + 3);
-      samples += (i == 0 ? "" : " ") + std::to_string(static_cast<unsigned char>(i * 7 + 3));
-    }
-    const std::string format = std::to_string(size) + "x" + std::to_string(size + 2);
-    cases.emplace_back("adam7-" + format + ".png", MakePng(size, size + 2, 8, 2, rows, {}, true),
-                       format + ", RGB, UByte: " + samples);
+  // An Adam7 picture (9x11: every pass holds pixels) where every sample differs.
+  std::string rows, samples;
+  for (unsigned i = 0; i < 3 * 9 * 11; ++i) {
+    rows += static_cast<char>(i * 7 + 3);
+    samples += (i == 0 ? "" : " ") + std::to_string(static_cast<unsigned char>(i * 7 + 3));
   }
+  cases.emplace_back("adam7.png", MakePng(9, 11, 8, 2, rows, {}, true),
+                     "9x11, RGB, UByte: " + samples);
   for (const auto& [file, content, expected] : cases) {
     WriteFile(dir / file, content);
     CZtImage image;
@@ -276,7 +255,6 @@ TEST(ZtImageIo, NamesAndFormatTextsParseWithoutRegardToCase) {
     EXPECT_EQ(ParseDataType(CZtImageFormat::DataType2String(d).ToCString()), d);
   EXPECT_THROW(ParsePixelType("None"), CIoError);
   EXPECT_THROW(ParseDataType("Void"), CIoError);
-  EXPECT_THROW(ParseDataType("uint8"), CIoError);
   EXPECT_EQ(ParseImageFormat("640x480, BayerGR, UShort"),
             CZtImageFormat(640, 480, EPixelType::BayerGR, EDataType::UShort));
   EXPECT_EQ(ParseImageFormat("3X2,rgba,float"),
@@ -357,48 +335,6 @@ TEST(ZtAtomicFile, AFailedWriteLeavesNoFileAndKeepsWhatStoodThere) {
   EXPECT_EQ(ReadFile(path), "P5\n2 2\n255\n" + Bytes(grey));
   EXPECT_EQ(ModeOf(dir / "new"), 0644u);
   EXPECT_EQ(dir.Entries(), "kept.pgm new");
-}
-
-TEST(ZtAtomicFile, AReadOnlyDirectoryIsNamedAndItsFileLeftAlone) {
-  if (geteuid() == 0) GTEST_SKIP() << "root writes into read-only directories";
-  CScratchDir dir;
-  ASSERT_TRUE(dir.Run("mkdir ro && printf old >ro/f && chmod 555 ro"));
-  EXPECT_TRUE(
-      Has(MessageOf<CIoError>([&] { Replace(dir / "ro/f", "new"); }), "directory '" + dir / "ro'"));
-  chmod((dir / "ro").c_str(), 0755);
-  EXPECT_EQ(ReadFile(dir / "ro/f"), "old");
-}
-
-// A child writes half a file and waits: the signal kills it, the old file stays.
-TEST(ZtAtomicFile, AFatalSignalRemovesTheTemporaryFileAndStillKills) {
-  for (int signalNumber : {SIGINT, SIGTERM, SIGHUP}) {
-    SCOPED_TRACE(strsignal(signalNumber));
-    CScratchDir dir;
-    WriteFile(dir / "out", "old");
-    int ready[2];
-    ASSERT_EQ(pipe(ready), 0);
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      CAtomicFile file(dir / "out");
-      std::fputs("partial", file.File());
-      std::fflush(file.File());
-      if (write(ready[1], "", 1) != 1) _exit(3);
-      for (;;) pause();
-    }
-    close(ready[1]);
-    char byte = 0;
-    ASSERT_EQ(read(ready[0], &byte, 1), 1);
-    close(ready[0]);
-    const std::string during = dir.Entries();  // the temporary file, then "out"
-    EXPECT_TRUE(during.rfind(".out.", 0) == 0 && during.find(' ') == during.size() - 4) << during;
-    kill(child, signalNumber);
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signalNumber) << status;
-    EXPECT_EQ(dir.Entries(), "out");
-    EXPECT_EQ(ReadFile(dir / "out"), "old");
-  }
 }
 
 // An ignored signal stays ignored during the file; after it, the old actions are back.

@@ -37,8 +37,7 @@ public:
     return std::system(("cd '" + m_Path + "' && " + command).c_str()) == 0;
   }
 
-  // Names in the directory, hidden ones (temporary files) included, sorted
-  // and joined by blanks.
+  // Names in the directory, hidden ones (temporary files) included, sorted, joined by blanks.
   std::string Entries() const {
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(m_Path))
@@ -82,27 +81,23 @@ inline std::string Bytes(const Zt::CZtImage& image) {
   return std::string(bytes, bytes + image.GetByteCount());
 }
 
-// The samples of a UByte, UShort or Float image as text ("0 128 255"),
-// exact for every float.
+// The samples of a UByte, UShort or Float image as text ("0 128 255"), exact for every float.
 inline std::string Samples(const Zt::CZtImage& image) {
-  const Zt::EDataType::ID type = image.GetFormat().DataType;
   std::ostringstream text;
-  text << std::setprecision(9);
+  const auto put = [&](const auto* samples) {
+    for (std::size_t i = 0; i < image.GetByteCount() / sizeof *samples; ++i)
+      text << (i == 0 ? "" : " ") << std::setprecision(9) << +samples[i];
+  };
   const void* data = image.GetDataPtr();
-  const unsigned size = static_cast<unsigned>(Zt::CZtImageFormat::GetDataTypeSize(type));
-  for (unsigned i = 0; i < image.GetByteCount() / size; ++i) {
-    text << (i == 0 ? "" : " ");
-    switch (type) {
-      case Zt::EDataType::UByte: text << +static_cast<const unsigned char*>(data)[i]; break;
-      case Zt::EDataType::UShort: text << static_cast<const unsigned short*>(data)[i]; break;
-      default: text << static_cast<const float*>(data)[i]; break;
-    }
+  switch (image.GetFormat().DataType) {
+    case Zt::EDataType::UByte: put(static_cast<const unsigned char*>(data)); break;
+    case Zt::EDataType::UShort: put(static_cast<const unsigned short*>(data)); break;
+    default: put(static_cast<const float*>(data)); break;
   }
   return text.str();
 }
 
-// An image of the format whose bytes follow a fixed pseudo-random sequence,
-// so that any misplaced byte shows.
+// An image of the format whose bytes follow a fixed pseudo-random sequence: a misplaced byte shows.
 inline Zt::CZtImage Scrambled(const Zt::CZtImageFormat& format) {
   Zt::CZtImage image(format);
   auto* bytes = static_cast<unsigned char*>(image.GetDataPtr());

@@ -1,8 +1,6 @@
 #!/usr/bin/env bash
-# zt-convert as a user runs it: exit codes, one-line messages on stderr, no
-# output file (not even a hidden temporary one) after a failure, pipelines and
-# fatal signals; its bash completion; and, given zt-demo, the demo's pictures.
-#
+# zt-convert as a user runs it (exit codes, stderr, standard streams, fatal signals), its bash
+# completion and, given zt-demo, the demo's pictures. Usage:
 #   zt_convert_cli.sh <zt-convert> <completion script> <scratch dir> [<zt-demo>]
 set -uo pipefail
 shopt -s extglob
@@ -15,8 +13,7 @@ printf 'P5\n3 2\n255\n\001\002\003\004\005\377' >grey.pgm
 printf 'P5\n3 2\n255\n\001\002' >cut.pgm
 inputs=$(ls -A)
 
-# expect <exit code> <stderr pattern> <arguments...>: a failure says why in one
-# line on stderr and leaves nothing beside the inputs.
+# expect <exit code> <stderr pattern> <arguments...>: one line on stderr, nothing beside the inputs.
 expect() {
   local code=$1 pattern=$2 err status
   shift 2
@@ -28,42 +25,35 @@ expect() {
 
 # The messages themselves are checked in process; here what the shell sees.
 expect 2 "unknown layout 'CMYK'" -l CMYK grey.pgm out.png
-expect 2 'BayerGB target is only a copy' -l BayerGB grey.pgm out.raw
-expect 1 "cannot open 'absent.png'" absent.png out.png
-expect 1 'larger than 5 pixels' --max-pixels 5 grey.pgm out.png
-expect 1 'nowhere' grey.pgm nowhere/out.png
 # An existing output is replaced only by a complete file.
 "$tool" grey.pgm grey.png && cp grey.png keep.png && inputs=$(ls -A) || fail "grey.pgm to PNG"
 expect 1 'cut.pgm: file is truncated' cut.pgm keep.png
 cmp -s grey.png keep.png || fail "a failed run changed an existing output"
 
-# check <description> <shell command, with the tool as $1>. Standard input is
-# recognised by its content; standard output takes the format -f names.
+# check <description> <shell command, the tool as $1>: standard input is known by its content.
 check() { sh -c "$2" sh "$tool" || fail "$1"; }
-check "a round trip through PNG and raw is lossless" '"$1" grey.png grey.raw && "$1" -r "3x2, Lum, UByte" grey.raw back.pgm && cmp -s grey.pgm back.pgm'
 check "a pipeline through PNG and PAM keeps the pixels" '"$1" - -f png - <grey.pgm | "$1" - -f pam - | "$1" - -f pgm - | cmp -s - grey.pgm'
-check "-f wins over the extension" '"$1" -f pam grey.pgm like.png && head -c 3 like.png | grep -q P7 && rm like.png'
 check "a raw block from standard input" 'tail -c 6 grey.pgm | "$1" -r "3x2, Lum, UByte" - -f pgm - | cmp -s - grey.pgm'
 check "--info names standard input '-'" '"$1" --info - <grey.pgm | grep -qx -- "-: PGM 3x2, Lum, UByte; magic=P5 maxval=255"'
 check "--verbose writes to stderr when the image goes to stdout" '"$1" -v grey.pgm -f pgm - 2>&1 >/dev/null | grep -q "(3x2, Lum, UByte) -> -"'
-check "--version prints the version" '"$1" --version | grep -q "^zt-convert (Zt.Core.Ex) [0-9]"'
 
-# Interrupted while it writes (16 MB of noise take a while to deflate), the
-# tool dies of the signal, as the shell must see, and leaves no file behind.
-# SIGINT is left to the unit tests: a background job of a script ignores it.
+# Interrupted while it deflates 16 MB of noise, the tool dies of the signal and leaves the old
+# output alone. Job control keeps the background job from ignoring SIGINT.
 head -c 16777216 /dev/urandom >noise.raw
-for signal in TERM HUP; do
+set -m
+for signal in INT TERM HUP; do
+  echo old >noise.png
   "$tool" -r "4096x4096, Lum, UByte" noise.raw noise.png &
   pid=$!
   while ! compgen -G '.noise.png.*' >/dev/null && kill -0 "$pid" 2>/dev/null; do :; done
   kill -s "$signal" "$pid" 2>/dev/null
   { wait "$pid"; } 2>/dev/null
-  status=$? wanted=$((128 + $(kill -l "$signal"))) left=$(compgen -G '*noise.png*')
-  [[ $status -eq $wanted && -z $left ]] ||
+  status=$? wanted=$((128 + $(kill -l "$signal"))) left=$(ls -A | grep noise.png)
+  [[ $status -eq $wanted && $left == noise.png && $(<noise.png) == old ]] ||
     fail "SIG$signal while writing: exit $status, wanted $wanted; left behind: $left"
-  rm -f .noise.png.* noise.png
 done
-rm -f noise.raw
+set +m
+rm -f noise.raw noise.png
 
 # The completion: offers <expected words> <words of the command line, the last one completed>.
 cd completion && touch a.png b.PGM c.txt d.raw || exit 1
@@ -87,8 +77,7 @@ offers "" -r ""
 offers "a.png b.PGM d.raw sub" ""
 offers "a.png" -v a
 
-# The demo takes its options as options, not as the name of a directory; every
-# PNG of its tour is there, and the pairs that must agree pixel for pixel do.
+# The demo's options are no directory's name; its PNGs are there, and the pairs that must agree do.
 if [[ -n $demo ]]; then
   cd "$dir/empty" || exit 1
   "$demo" --help | grep -q '^usage: zt-demo' || fail "zt-demo --help prints no usage"
