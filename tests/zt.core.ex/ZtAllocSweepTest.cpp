@@ -44,16 +44,11 @@ struct Outcome {
 void PrintTo(const Outcome& o, std::ostream* out) {
   const char* const whats[] = {"returned", "raised", "std::bad_alloc", "another exception"};
   *out << whats[o.what] << (o.what != Outcome::Returned ? "" : o.result ? " true" : " false");
-  for (const Link& link : o.chain) {
-    *out << "\n    ";
-    ZtTest::PrintTo(link, out);
-  }
+  for (const Link& link : o.chain) *out << "\n    " << ::testing::PrintToString(link);
   *out << "\n    leaving " << o.leaked << " blocks";
 }
 
-Outcome Done(bool result = true, long long leaked = 0) {
-  return {Outcome::Returned, result, {}, leaked};
-}
+Outcome Done(bool r = true, long long leaked = 0) { return {Outcome::Returned, r, {}, leaked}; }
 Outcome BadAlloc(long long leaked = 0) { return {Outcome::BadAlloc, true, {}, leaked}; }
 Outcome Raise(Links chain, long long leaked = 0) {
   return {Outcome::Raised, true, std::move(chain), leaked};
@@ -78,13 +73,10 @@ struct Attempt {
   template <class Op>
   void operator()(Op&& op) {
     std::optional<ZtTest::ZtAllocFail> failure(std::in_place, kind, nth);
-    // The failure ends before the outcome is recorded, whose allocations must neither fail nor
-    // count.
+    // The failure ends before the outcome is recorded, whose allocations must not fail or count.
     const auto stop = [&](Outcome::What what) {
       fired = failure->Fired();
-      for (AllocKind k : kKinds) {
-        calls[static_cast<int>(k)] = failure->Calls(k);
-      }
+      for (AllocKind k : kKinds) calls[static_cast<int>(k)] = failure->Calls(k);
       failure.reset();
       outcome.what = what;
     };
@@ -122,38 +114,47 @@ Failing Always(Outcome outcome) {
 }
 const Failing AnyBadAlloc = Always(BadAlloc());
 
+using Run = std::function<void(Attempt&)>;
 struct Row {
   std::string name;
-  // Builds the objects, runs the operation through the attempt exactly once, checks the objects.
-  std::function<void(Attempt&)> run;
-  Failing failing;         // the outcome at each failure point
-  Outcome clean = Done();  // the outcome with nothing failing
+  Run run;  // builds the objects, runs the operation through the attempt once, checks the objects
+  Failing failing = AnyBadAlloc;  // the outcome at each failure point
+  Outcome clean = Done();         // the outcome with nothing failing
   // Whether the operation leaves blocks behind by contract: its runs are hidden from a
   // sanitizer's leak checker, and the count of blocks is the check.
   bool leaks = false;
 };
 
-// A row's run on a fresh object: `make` it, run `op` on it, then `check(object, attempt)`.
-struct NoCheck {
-  template <class T>
-  void operator()(const T&, const Attempt&) const {}
-};
-template <class Make, class Op, class Check = NoCheck>
-std::function<void(Attempt&)> On(Make make, Op op, Check check = {}) {
+// A run of `op` alone.
+template <class F>
+Run Just(F op) {
+  return [op](Attempt& at) { at(op); };
+}
+// A run of `op` on a fresh object: `make` it, run `op(object)`, then `check(object, attempt)`.
+template <class Make, class Check, class F>
+Run On(Make make, Check check, F op) {
   return [=](Attempt& at) {
     auto object = make();
     at([&] { return op(object); });
     check(object, at);
   };
 }
+template <class Make, class F>
+Run On(Make make, F op) {
+  return On(
+      make, [](const auto&, const Attempt&) {}, op);
+}
+// Valid unless the operation failed.
+template <class T>
+void Valid(const T& object, const Attempt& at) {
+  EXPECT_EQ(object.IsValid(), !at.fired);
+}
 
 unsigned long long g_Points = 0;
 
 Outcome Measure(const Row& row, Attempt& attempt) {
   std::optional<ZtTest::ZtExpectedLeak> hidden;
-  if (row.leaks) {
-    hidden.emplace();
-  }
+  if (row.leaks) hidden.emplace();
   const long long before = ZtTest::LiveBlocks();
   row.run(attempt);
   attempt.outcome.leaked = ZtTest::LiveBlocks() - before - attempt.ownBlocks;
@@ -210,46 +211,37 @@ template <class A, class T>
 void SweepNumeric(const std::string& type) {
   SCOPED_TRACE("CZtArrayBase<" + type + ">");
   const auto base = [type](const char* member) {
-    return Raise({{kWhat, "Zt::CZtArrayBase<" + type + ">::" + member,
-                   "source\\zt.core.ex\\ZtArrayBase", true}});
+    return Always(Raise({{kWhat, "Zt::CZtArrayBase<" + type + ">::" + member,
+                          "source\\zt.core.ex\\ZtArrayBase", true}}));
   };
   // The implementation object is not guarded, its vector is.
-  const Failing made = [base](const Point& p) { return p.k == p.calls ? base("New") : BadAlloc(); };
-  const std::vector<long long> kept{5, 5};
-  const auto two = [] { return A(2, T(5)); };
+  const Failing made = [base](const Point& p) {
+    return p.k == p.calls ? base("New")(p) : BadAlloc();
+  };
   const A ten(10), thousand(1000);
+  const auto two = [] { return A(2, T(5)); };
+  const std::vector<long long> kept{5, 5};
+  // After a failure the array holds `failed` (New empties it first); else 1000 elements.
+  const auto holds = [](std::vector<long long> failed) {
+    return [failed](const A& a, const Attempt& at) {
+      EXPECT_EQ(a.Length(), at.fired ? failed.size() : 1000u);
+      if (at.fired) {
+        EXPECT_EQ(Contents(a), failed);
+      }
+    };
+  };
+  const auto copied = [&](const A& a, const Attempt& at) {
+    EXPECT_EQ(Contents(a), at.fired ? kept : Contents(ten));
+  };
   Sweep({
-      {"default constructor", [](Attempt& at) { at([] { A a; }); }, AnyBadAlloc},
-      {"length constructor", [](Attempt& at) { at([] { A a(10); }); }, made},
-      {"fill constructor", [](Attempt& at) { at([] { A a(10, T(1)); }); }, made},
-      {"copy constructor", [&](Attempt& at) { at([&] { A a(ten); }); }, AnyBadAlloc},
-      {"assignment",
-       On(
-           two, [&](A& a) { a = ten; },
-           [&](const A& a, const Attempt& at) {
-             EXPECT_EQ(Contents(a), at.fired ? kept : Contents(ten));
-           }),
-       AnyBadAlloc},
-      {"New",
-       On(
-           two, [](A& a) { a.New(1000); },
-           [](const A& a, const Attempt& at) {
-             EXPECT_EQ(a.Length(), at.fired ? 0u : 1000u);  // emptied first
-           }),
-       Always(base("New"))},
-      {"Resize",
-       On(
-           two, [](A& a) { a.Resize(1000); },
-           [&](const A& a, const Attempt& at) {
-             EXPECT_EQ(a.Length(), at.fired ? 2u : 1000u);
-             EXPECT_EQ(at.fired ? Contents(a) : kept, kept);
-           }),
-       Always(base("Resize"))},
-      {"CopyFrom",
-       On(
-           two, [&](A& a) { a.CopyFrom(&thousand); },
-           [](const A& a, const Attempt& at) { EXPECT_EQ(a.Length(), at.fired ? 2u : 1000u); }),
-       Always(base("Resize"))},
+      {"default constructor", Just([] { A a; })},
+      {"length constructor", Just([] { A a(10); }), made},
+      {"fill constructor", Just([] { A a(10, T(1)); }), made},
+      {"copy constructor", Just([&] { A a(ten); })},
+      {"assignment", On(two, copied, [&](A& a) { a = ten; })},
+      {"New", On(two, holds({}), [](A& a) { a.New(1000); }), base("New")},
+      {"Resize", On(two, holds(kept), [](A& a) { a.Resize(1000); }), base("Resize")},
+      {"CopyFrom", On(two, holds(kept), [&](A& a) { a.CopyFrom(&thousand); }), base("Resize")},
   });
 }
 
@@ -282,41 +274,33 @@ using Zt::CZtArrayString;
 const char* const kMemBase = "ZtMemBase";
 const char* const kMemObj = "source\\zt.core.development\\ZtMemObj";
 const char* const kStringArray = "ZtArrayString";
-const std::string kObjects = "Zt::CZtMemObj<class Zt::CZtString>::";
-
-Link SizeTo(unsigned long long n) {
-  return {"Error setting memory size to " + std::to_string(n) + " elements", kObjects + "Resize",
-          kMemObj};
-}
 const Link kMemResize{"Error setting memory size: ", "Zt::CZtMemBase::Resize", kMemBase};
-const Link kReallocFailed{"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase};
-const Link kInitElements{kWhat, kObjects + "InitElements", kMemObj};
 const Link kCopying{"Error Copying Array", "Zt::CZtArrayString::operator =", kStringArray};
 const Link kResizing{"Error resizing Array", "Zt::CZtArrayString::Resize", kStringArray};
-
-Links Join(Links head, const Links& tail) {
-  head.insert(head.end(), tail.begin(), tail.end());
-  return head;
-}
 
 // A block of n empty strings made anew, by kind and by k counted from its own first allocation:
 // the block object, the pointer block, its growth beyond the first four pointers, then one string
 // object at a time. The strings made before a failing one stay allocated for good.
-Outcome MakingStrings(const Links& head, unsigned long long n, AllocKind kind,
-                      unsigned long long k) {
+Outcome MakingStrings(Links head, unsigned long long n, AllocKind kind, unsigned long long k) {
+  const std::string objects = "Zt::CZtMemObj<class Zt::CZtString>::";
+  const Link sizing{"Error setting memory size to " + std::to_string(n) + " elements",
+                    objects + "Resize", kMemObj};
   if (kind == AllocKind::Malloc) {
-    return Raise(
-        Join(head, {{"Error creating memory object", "Zt::CZtMemBase::CZtMemBase", kMemBase},
-                    kMemResize,
-                    {"malloc failed", "Zt::CZtMemBase::Alloc", kMemBase}}));
+    head.push_back({"Error creating memory object", "Zt::CZtMemBase::CZtMemBase", kMemBase});
+    head.push_back(kMemResize);
+    head.push_back({"malloc failed", "Zt::CZtMemBase::Alloc", kMemBase});
+  } else if (kind == AllocKind::Realloc) {
+    head.push_back(sizing);
+    head.push_back(kMemResize);
+    head.push_back({"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase});
+  } else if (k == 1) {
+    head.push_back({kWhat, "Zt::CZtArrayString::New", kStringArray, true});
+  } else {
+    head.push_back(sizing);
+    head.push_back({kWhat, objects + "InitElements", kMemObj});
+    return Raise(head, static_cast<long long>(k - 2));
   }
-  if (kind == AllocKind::Realloc) {
-    return Raise(Join(head, {SizeTo(n), kMemResize, kReallocFailed}));
-  }
-  if (k == 1) {
-    return Raise(Join(head, {{kWhat, "Zt::CZtArrayString::New", kStringArray, true}}));
-  }
-  return Raise(Join(head, {SizeTo(n), kInitElements}), static_cast<long long>(k - 2));
+  return Raise(head);
 }
 
 // The same, counted from the operation's first allocation.
@@ -337,16 +321,14 @@ Outcome CopyingLongTexts(const Point& p) {
 
 CZtArrayString Texts(std::vector<const char*> texts) {
   CZtArrayString array(texts.size());
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    array[i] = texts[i];
-  }
+  for (std::size_t i = 0; i < texts.size(); ++i) array[i] = texts[i];
   return array;
 }
 
 // The constructors that fail while they copy texts into the block they have made release the
 // block and the strings made so far.
 TEST(AllocationSweep, StringArrays) {
-  // The n strings' block made after the standard library's own allocations, which pass as
+  // The n strings' block made after allocations of the standard library's own, which pass as
   // std::bad_alloc.
   const auto after = [](unsigned long long n) {
     return [n](const Point& p) {
@@ -355,77 +337,59 @@ TEST(AllocationSweep, StringArrays) {
     };
   };
   const auto two = [] { return CZtArrayString(2); };
-  const auto valid = [](const CZtArrayString& a, const Attempt& at) {
-    EXPECT_EQ(a.IsValid(), !at.fired);
-  };
+  const auto valid = Valid<CZtArrayString>;
   const CZtArrayString ab = Texts({"a", "b"}), af = Texts({"a", "b", "c", "d", "e", "f"});
   const CZtArrayString longTexts = Texts({kLong1, kLong2});
   const CZtString fields("a,b,,c"), longFields = CZtString(kLong1) + "," + kLong2;
+  using S = CZtArrayString;
   Sweep({
-      {"default constructor", [](Attempt& at) { at([] { CZtArrayString a; }); }, Making({}, 0)},
-      {"length constructor", [](Attempt& at) { at([] { CZtArrayString a(6); }); }, Making({}, 6),
-       Done(), true},
-      {"splitting constructor", [&](Attempt& at) { at([&] { CZtArrayString a(fields, ','); }); },
-       after(4), Done(), true},
-      {"New",
-       On(
-           two, [](CZtArrayString& a) { a.New(6); }, valid),
-       Making({}, 6), Done(), true},
+      {"default constructor", Just([] { S a; }), Making({}, 0)},
+      {"length constructor", Just([] { S a(6); }), Making({}, 6), Done(), true},
+      {"splitting constructor", Just([&] { S a(fields, ','); }), after(4), Done(), true},
+      {"New", On(two, valid, [](S& a) { a.New(6); }), Making({}, 6), Done(), true},
+      // The block grows in place: its strings are made from its second allocation on. A failure
+      // while they are made leaves the new length.
       {"Resize",
        [](Attempt& at) {
-         CZtArrayString array = Texts({"x", "y", "z"});
+         S array = Texts({"x", "y", "z"});
          const CZtString* kept = &array[2];
          at([&] { array.Resize(9); });
-         // A failure while the strings are made leaves the new length.
-         const Links& chain = at.outcome.chain;
-         const bool same = !chain.empty() && chain.back().message == "realloc failed";
-         EXPECT_EQ(array.Length(), same ? 3u : 9u);
+         EXPECT_EQ(array.Length(), at.fired && at.kind == AllocKind::Realloc ? 3u : 9u);
          EXPECT_EQ(&array[2], kept);
          EXPECT_STREQ(array[2].ToCString(), "z");
        },
-       [](const Point& p) {
-         return p.kind == AllocKind::Realloc
-                    ? Raise({kResizing, SizeTo(9), kMemResize, kReallocFailed})
-                    : Raise({kResizing, SizeTo(9), kInitElements}, static_cast<long long>(p.k - 1));
-       },
-       Done(), true},
-      {"assignment",
-       On(
-           two, [&](CZtArrayString& a) { a = af; }, valid),
-       Making({kCopying}, 6), Done(), true},
-      {"copy constructor", [&](Attempt& at) { at([&] { CZtArrayString a(ab); }); },
-       Making({kCopying}, 2), Done(), true},
+       [](const Point& p) { return MakingStrings({kResizing}, 9, p.kind, p.k + 1); }, Done(), true},
+      {"assignment", On(two, valid, [&](S& a) { a = af; }), Making({kCopying}, 6), Done(), true},
+      {"copy constructor", Just([&] { S a(ab); }), Making({kCopying}, 2), Done(), true},
       // Copies of texts that allocate come after the block is made.
       {"assignment of long texts",
-       On([] { return CZtArrayString(1); }, [&](CZtArrayString& a) { a = longTexts; },
-          [](const CZtArrayString& a, const Attempt& at) {
+       On([] { return S(1); },
+          [](const S& a, const Attempt& at) {
             EXPECT_EQ(a.IsValid(), !at.fired || at.outcome.what == Outcome::BadAlloc);
-          }),
+          },
+          [&](S& a) { a = longTexts; }),
        CopyingLongTexts, Done(), true},
+      {"copy constructor of long texts", Just([&] { S a(longTexts); }), CopyingLongTexts, Done(),
+       true},
       // An invalid array: the failure's own allocations fail.
       {"Resize of an invalid array",
        [](Attempt& at) {
-         CZtArrayString array;
+         S array;
          array.Delete();
          at([&] { array.Resize(2); });
        },
        AnyBadAlloc,
        Raise({kResizing,
               {"Nullptr --> Array Data Invalid", "Zt::CZtArrayString::Resize", kStringArray}})},
-      {"copy constructor of long texts",
-       [&](Attempt& at) { at([&] { CZtArrayString a(longTexts); }); }, CopyingLongTexts, Done(),
-       true},
       {"splitting constructor of long fields",
        [&](Attempt& at) {
-         std::optional<CZtArrayString> split;
+         std::optional<S> split;
          at([&] { split.emplace(longFields, ','); });
-         if (at.outcome.what == Outcome::Returned) {
-           const unsigned long long count = split->Length();
-           ASSERT_LE(count, 2u);
-           EXPECT_EQ(count == 2u, !at.fired);
-           for (unsigned long long i = 0; i < count; ++i) {
-             EXPECT_STREQ((*split)[i].ToCString(), i == 0 ? kLong1 : kLong2);
-           }
+         if (at.outcome.what != Outcome::Returned) return;
+         ASSERT_LE(split->Length(), 2u);
+         EXPECT_EQ(split->Length() == 2u, !at.fired);
+         for (unsigned long long i = 0; i < split->Length(); ++i) {
+           EXPECT_STREQ((*split)[i].ToCString(), i == 0 ? kLong1 : kLong2);
          }
        },
        [](const Point& p) {
@@ -433,12 +397,8 @@ TEST(AllocationSweep, StringArrays) {
          const unsigned long long made = byNew ? p.calls - 4 : 1;
          // A failure inside getline, where a field grows (the third and the sixth allocation),
          // ends the text: the array holds the fields read until then.
-         if (byNew && (p.k == 3 || p.k == 6)) {
-           return Done();
-         }
-         if (p.k < made || (byNew && p.k > p.calls - 2)) {
-           return BadAlloc();
-         }
+         if (byNew && (p.k == 3 || p.k == 6)) return Done();
+         if (p.k < made || (byNew && p.k > p.calls - 2)) return BadAlloc();
          return MakingStrings({}, 2, p.kind, p.k - made + 1);
        },
        Done(), true},
@@ -485,13 +445,15 @@ void Sweep2D(const std::string& type) {
       EXPECT_EQ(array.GetDataPtr() == storage, at.fired);
     };
   };
+  // The copy replaces its first matrix, which stays allocated; so does the assignment, with the
+  // storage of the replaced matrix.
+  const auto leaving = [](long long n) {
+    return [n](const Point& p) { return BadAlloc(p.k == p.calls ? n : 0); };
+  };
   Sweep({
-      {"default constructor", [](Attempt& at) { at([] { A a; }); }, AnyBadAlloc},
-      {"size constructor", [](Attempt& at) { at([] { A a(3, 3); }); }, AnyBadAlloc},
-      // The copy replaces its first matrix, which stays allocated.
-      {"copy constructor", [&](Attempt& at) { at([&] { A a(twoByThree); }); },
-       [](const Point& p) { return BadAlloc(p.k == p.calls ? 1 : 0); }, Done(true, 1), true},
-      // So does the assignment, with the storage of the replaced matrix.
+      {"default constructor", Just([] { A a; })},
+      {"size constructor", Just([] { A a(3, 3); })},
+      {"copy constructor", Just([&] { A a(twoByThree); }), leaving(1), Done(true, 1), true},
       {"assignment",
        [&](Attempt& at) {
          A array(2, 2);
@@ -504,12 +466,11 @@ void Sweep2D(const std::string& type) {
            EXPECT_EQ(array.IsValid(), !at.fired);
          }
        },
-       [](const Point& p) { return BadAlloc(p.k == p.calls ? 2 : 0); }, Done(true, 2), true},
+       leaving(2), Done(true, 2), true},
       {"Resize from 2 by 3", resizing(2), resized},
       {"Resize from 0 by 3", resizing(0), resized},
-      {"New", renewing([](A& array, const A&) { array.New(30, 30); }), AnyBadAlloc},
-      {"CopyFrom", renewing([](A& array, const A& source) { array.CopyFrom(&source); }),
-       AnyBadAlloc},
+      {"New", renewing([](A& array, const A&) { array.New(30, 30); })},
+      {"CopyFrom", renewing([](A& array, const A& source) { array.CopyFrom(&source); })},
   });
 }
 
@@ -522,39 +483,37 @@ TEST(AllocationSweep, TwoDimensionalArrays) {
 
 using Zt::CZtImage;
 using Zt::CZtImageFormat;
-using Zt::EDataType;
-using Zt::EPixelType;
+using P = Zt::EPixelType;
+using D = Zt::EDataType;
+
+// A valid image, replaced by the operation: after a failure it is empty, with a zero format.
+void Replaced(const CZtImage& image, const Attempt& at) {
+  int width = -1, height = -1;
+  P::ID pixelType{};
+  D::ID dataType{};
+  image.GetSize(width, height);
+  image.GetType(pixelType, dataType);
+  EXPECT_EQ(image.IsValid(), !at.fired);
+  if (at.fired) {
+    EXPECT_EQ(std::tie(width, height, pixelType, dataType),
+              std::make_tuple(0, 0, P::ID{}, D::ID{}));
+  }
+}
 
 TEST(AllocationSweep, Images) {
-  const CZtImageFormat format(5, 3, EPixelType::RGB, EDataType::UShort);
-  const auto source = [&] {
-    CZtImage image(format);
-    image.SetZero();
-    return image;
-  };
-  const CZtImage from = source(), empty;
-  // A valid image, replaced by the operation: after a failure it is empty, with a zero format.
-  const auto replacing = [&](auto op) {
-    return On([] { return CZtImage(CZtImageFormat(2, 2, EPixelType::Lum, EDataType::UByte)); }, op,
-              [](const CZtImage& image, const Attempt& at) {
-                int width = -1, height = -1;
-                EPixelType::ID pixelType{};
-                EDataType::ID dataType{};
-                image.GetSize(width, height);
-                image.GetType(pixelType, dataType);
-                EXPECT_EQ(image.IsValid(), !at.fired);
-                if (at.fired) {
-                  EXPECT_EQ(std::tie(width, height, pixelType, dataType),
-                            std::make_tuple(0, 0, EPixelType::ID{}, EDataType::ID{}));
-                }
-              });
+  const CZtImageFormat format(5, 3, P::RGB, D::UShort);
+  CZtImage from(format);
+  from.SetZero();
+  const CZtImage empty;
+  const auto replacing = [](auto op) {
+    return On([] { return CZtImage(CZtImageFormat(2, 2, P::Lum, D::UByte)); }, Replaced, op);
   };
   // A new image, valid unless its block could not be had.
   const auto constructing = [](auto argument) {
     return [argument](Attempt& at) {
       std::optional<CZtImage> made;
       at([&] { made.emplace(argument); });
-      EXPECT_EQ(made->IsValid(), !at.fired);
+      Valid(*made, at);
     };
   };
   const Failing refused = Always(Done(false));
@@ -563,11 +522,9 @@ TEST(AllocationSweep, Images) {
   std::vector<double> doubles(15);
   Sweep({
       {"Create with sizes and types",
-       replacing([](CZtImage& i) { return i.Create(5, 3, EPixelType::RGB, EDataType::UShort); }),
-       refused},
-      {"Create with data", replacing([&](CZtImage& i) {
-         return i.Create(5, 3, EPixelType::RGB, EDataType::UShort, pixels.data());
-       }),
+       replacing([](CZtImage& i) { return i.Create(5, 3, P::RGB, D::UShort); }), refused},
+      {"Create with data",
+       replacing([&](CZtImage& i) { return i.Create(5, 3, P::RGB, D::UShort, pixels.data()); }),
        refused},
       {"Create from an IImage", replacing([&](CZtImage& i) {
          Zt::CZtImageMoniker view;
@@ -578,34 +535,26 @@ TEST(AllocationSweep, Images) {
       {"Create from an image", replacing([&](CZtImage& i) { return i.Create(from); }), refused},
       {"Create from a format", replacing([&](CZtImage& i) { return i.Create(format); }), refused},
       {"assignment", replacing([&](CZtImage& i) { i = from; }), Always(Done())},
-      {"copy constructor", constructing(source()), Always(Done())},
+      {"copy constructor", constructing(from), Always(Done())},
       {"format constructor", constructing(format), Always(Done())},
-      {"ConvertType", replacing([&](CZtImage& i) {
-         return from.ConvertType(i, EPixelType::RGBA, EDataType::Float);
-       }),
-       refused},
+      {"ConvertType",
+       replacing([&](CZtImage& i) { return from.ConvertType(i, P::RGBA, D::Float); }), refused},
       {"ConvertType of two images", replacing([&](CZtImage& i) {
-         return CZtImage::ConvertType(&i, &from, EPixelType::Lum, EDataType::Double, true);
+         return CZtImage::ConvertType(&i, &from, P::Lum, D::Double, true);
        }),
        refused},
       // Into memory that is there already: nothing to allocate.
       {"ConvertType into a view",
        [&](Attempt& at) {
          Zt::CZtImageMoniker view;
-         view.Create(5, 3, EPixelType::Lum, EDataType::Float, floats.data());
-         at([&] {
-           return CZtImage::ConvertType(&view, &from, EPixelType::Lum, EDataType::Float, false);
-         });
+         view.Create(5, 3, P::Lum, D::Float, floats.data());
+         at([&] { return CZtImage::ConvertType(&view, &from, P::Lum, D::Float, false); });
        },
        refused},
-      {"ConvertMemory",
-       [&](Attempt& at) {
-         at([&] {
-           return CZtImage::ConvertMemory(doubles.data(), pixels.data(),
-                                          CZtImageFormat(5, 3, EPixelType::Lum, EDataType::Double),
-                                          format);
-         });
-       },
+      {"ConvertMemory", Just([&] {
+         return CZtImage::ConvertMemory(doubles.data(), pixels.data(),
+                                        CZtImageFormat(5, 3, P::Lum, D::Double), format);
+       }),
        refused},
       // The view's raising forms: only the failure's own allocations.
       {"view Create from an empty image",
@@ -625,19 +574,17 @@ using Zt::CZtMetaData;
 using TParMap = Zt::CZtParMap<std::string, std::string>;
 using TEvent = Zt::CZtParEvent<std::string, std::string>;
 
-const std::string kMapInit =
+const std::string kMap =
     "Zt::CZtParMap<class std::basic_string<char,struct std::char_traits<char>,class "
     "std::allocator<char> >,class std::basic_string<char,struct std::char_traits<char>,class "
-    "std::allocator<char> > >::Init";
+    "std::allocator<char> > >::";
 const char* const kMapFile = "source\\zt.core.development\\ZtParMap";
-const Link kMapOutOfMemory{kWhat, kMapInit, kMapFile, true};
+const Link kMapOutOfMemory{kWhat, kMap + "Init", kMapFile, true};
 
 // A new store: the map object first, bare when it fails; then its seven tables, each reported
 // inside "Error initializing meta-data" with the map object left allocated.
 Outcome Constructing(unsigned long long k) {
-  if (k == 1) {
-    return Raise({{kWhat, "Zt::CZtMetaData::Init", "ZtMetaData", true}});
-  }
+  if (k == 1) return Raise({{kWhat, "Zt::CZtMetaData::Init", "ZtMetaData", true}});
   return Raise(
       {{"Error initializing meta-data", "Zt::CZtMetaData::Init", "ZtMetaData"}, kMapOutOfMemory},
       1);
@@ -658,9 +605,7 @@ TEST(AllocationSweep, ParameterMap) {
        [](Attempt& at) {
          TParMap map;
          at([&] { map.Init(); });
-         if (at.fired) {
-           map.Init();
-         }
+         if (at.fired) map.Init();
          EXPECT_FALSE(map.HasParameter("x"));
        },
        Always(Raise({kMapOutOfMemory}))},
@@ -677,24 +622,20 @@ TEST(AllocationSweep, ParameterMap) {
                         map.GetDirectory()[key].Assign(
                             key, Zt::ParStringArray, "", Zt::CZtSafePtr<Zt::Constraint::CAny>(),
                             Zt::CZtSafePtr<TEvent>(new AcceptingEvent, &events));
-                        if (withRecord) {
-                          map.GetValue<std::vector<CZtString>>(key).Value = oldList;
-                        }
+                        if (withRecord) map.GetValue<std::vector<CZtString>>(key).Value = oldList;
                         std::vector<CZtString> value;
                         at([&] {
                           return reading ? map.ReadParameter(key, value)
                                          : map.WriteParameter(key, newList);
                         });
-                      },
-                      AnyBadAlloc});
+                      }});
     }
   }
   Sweep(rows);
 }
 
 TEST(AllocationSweep, MetaData) {
-  const CZtString name("a name long enough to need a block of its own");
-  const CZtString text(kLong1);
+  const CZtString name("a name long enough to need a block of its own"), text(kLong1);
   const auto filled = [&] {
     CZtMetaData store;
     store.AddElement("u", "", 1u);
@@ -718,14 +659,12 @@ TEST(AllocationSweep, MetaData) {
       s.GetElement(element, value);
     });
   };
+  // A type mismatch reported by the map, inside the store's failure.
   const auto mismatch = [](const char* outer, bool writing, const char* given) {
+    const std::string function = kMap + (writing ? "WriteParameter" : "ReadParameter");
     Links chain{{outer, writing ? "Zt::CZtMetaData::SetElement" : "Zt::CZtMetaData::GetElement",
                  "ZtMetaData"}};
-    const std::string function =
-        kMapInit.substr(0, kMapInit.size() - 4) + (writing ? "WriteParameter" : "ReadParameter");
-    if (writing) {
-      chain.push_back({"Error writing parameter", function, kMapFile});
-    }
+    if (writing) chain.push_back({"Error writing parameter", function, kMapFile});
     chain.push_back(
         {std::string("Wrong type for parameter; Expected type 'unsigned' differs from '") + given +
              "'",
@@ -733,35 +672,33 @@ TEST(AllocationSweep, MetaData) {
     return Raise(chain);
   };
   Sweep({
-      {"constructor", [](Attempt& at) { at([] { CZtMetaData store; }); },
+      {"constructor", Just([] { CZtMetaData store; }),
        [](const Point& p) { return Constructing(p.k); }, Done(), true},
       // A copy builds its own store, guarded, then copies, unguarded.
-      {"copy constructor", [&](Attempt& at) { at([&] { CZtMetaData copy(source); }); },
+      {"copy constructor", Just([&] { CZtMetaData copy(source); }),
        [](const Point& p) { return p.k <= 8 ? Constructing(p.k) : BadAlloc(); }, Done(), true},
       {"assignment",
        [&](Attempt& at) {
          CZtMetaData store;
          store.AddElement("x", "", 1u);
          at([&] { store = source; });
-       },
-       AnyBadAlloc},
-      {"AddElement unsigned int", adding(1u), AnyBadAlloc},
-      {"AddElement double", adding(1.5), AnyBadAlloc},
-      {"AddElement text", adding(text), AnyBadAlloc},
-      {"AddElement CZtArrayUInt", adding(numbers), AnyBadAlloc},
-      {"AddElement CZtArrayDouble", adding(reals), AnyBadAlloc},
-      {"AddElement CZtArrayString", adding(texts), AnyBadAlloc},
-      {"SetElement unsigned int", on([](CZtMetaData& s) { s.SetElement("u", 3u); }), AnyBadAlloc},
-      {"SetElement double", on([](CZtMetaData& s) { s.SetElement("d", 3.5); }), AnyBadAlloc},
-      {"SetElement text", on([](CZtMetaData& s) { s.SetElement("s", CZtString(kLong2)); }),
-       AnyBadAlloc},
+       }},
+      {"AddElement unsigned int", adding(1u)},
+      {"AddElement double", adding(1.5)},
+      {"AddElement text", adding(text)},
+      {"AddElement CZtArrayUInt", adding(numbers)},
+      {"AddElement CZtArrayDouble", adding(reals)},
+      {"AddElement CZtArrayString", adding(texts)},
+      {"SetElement unsigned int", on([](CZtMetaData& s) { s.SetElement("u", 3u); })},
+      {"SetElement double", on([](CZtMetaData& s) { s.SetElement("d", 3.5); })},
+      {"SetElement text", on([](CZtMetaData& s) { s.SetElement("s", CZtString(kLong2)); })},
       // An element added through an array form can't be written through it: the mismatch's own
       // allocations fail as std::bad_alloc.
       {"SetElement CZtArrayString", on([&](CZtMetaData& s) { s.SetElement("u", texts); }),
        AnyBadAlloc, mismatch("Error setting element 'u'", true, "string[]")},
       // An array element read as unsigned creates a record.
-      {"GetElement unsigned int", getting(0u, name), AnyBadAlloc},
-      {"GetElement text", getting(CZtString(), "s"), AnyBadAlloc},
+      {"GetElement unsigned int", getting(0u, name)},
+      {"GetElement text", getting(CZtString(), "s")},
       {"GetElement CZtArrayUInt", getting(Zt::CZtArrayUInt(), "u"), AnyBadAlloc,
        mismatch("Error getting element 'u'", false, "unsigned[]")},
       {"GetElement of an unknown name", getting(0.0, "x"), AnyBadAlloc,
@@ -771,30 +708,26 @@ TEST(AllocationSweep, MetaData) {
       {"GetElementNameType", on([](CZtMetaData& s) {
          CZtString elementName, type;
          s.GetElementNameType(0, elementName, type);
-       }),
-       AnyBadAlloc},
-      {"HasElement", on([&](CZtMetaData& s) { (void)s.HasElement(name); }), AnyBadAlloc},
+       })},
+      {"HasElement", on([&](CZtMetaData& s) { (void)s.HasElement(name); })},
   });
 }
 
 // --- Calibration records -----------------------------------------------------------
 
 TEST(AllocationSweep, CalibrationRecords) {
-  using Zt::CZtMetricCalibAddImageResult;
-  const auto source = [] {
-    CZtMetricCalibAddImageResult record;
-    record.m_aTexts = Texts({"a", "b"});
-    return record;
-  };
-  const CZtMetricCalibAddImageResult from = source();
+  using Record = Zt::CZtMetricCalibAddImageResult;
+  Record from;
+  from.m_aTexts = Texts({"a", "b"});
+  const Zt::CZtMetricCalibResult result;
   Sweep({
       // The message, the two numeric arrays' objects, then the string array.
-      {"default constructor", [](Attempt& at) { at([] { CZtMetricCalibAddImageResult r; }); },
+      {"default constructor", Just([] { Record r; }),
        [](const Point& p) {
          const bool byNew = p.kind == AllocKind::New;
          return byNew && p.k != 3 ? BadAlloc() : MakingStrings({}, 0, p.kind, byNew ? 1 : p.k);
        }},
-      {"copy constructor", [&](Attempt& at) { at([&] { CZtMetricCalibAddImageResult r(from); }); },
+      {"copy constructor", Just([&] { Record r(from); }),
        [](const Point& p) {
          const bool byNew = p.kind == AllocKind::New;
          return byNew && p.k <= 3 ? BadAlloc()
@@ -802,21 +735,14 @@ TEST(AllocationSweep, CalibrationRecords) {
        },
        Done(), true},
       {"assignment",
-       On([] { return CZtMetricCalibAddImageResult(); },
-          [&](CZtMetricCalibAddImageResult& r) { r = from; },
-          [](const CZtMetricCalibAddImageResult& r, const Attempt& at) {
-            EXPECT_EQ(r.m_aTexts.IsValid(), !at.fired);
-          }),
+       On([] { return Record(); },
+          [](const Record& r, const Attempt& at) { Valid(r.m_aTexts, at); },
+          [&](Record& r) { r = from; }),
        Making({kCopying}, 2), Done(), true},
-      {"result record copy",
-       [](Attempt& at) {
-         const Zt::CZtMetricCalibResult result;
-         at([&] {
-           Zt::CZtMetricCalibResult copy(result);
-           copy = result;
-         });
-       },
-       AnyBadAlloc},
+      {"result record copy", Just([&] {
+         Zt::CZtMetricCalibResult copy(result);
+         copy = result;
+       })},
   });
 }
 
