@@ -285,22 +285,21 @@ Outcome MakingStrings(Links head, unsigned long long n, AllocKind kind, unsigned
   const std::string objects = "Zt::CZtMemObj<class Zt::CZtString>::";
   const Link sizing{"Error setting memory size to " + std::to_string(n) + " elements",
                     objects + "Resize", kMemObj};
+  const Link alloc{kind == AllocKind::Malloc ? "malloc failed" : "realloc failed",
+                   "Zt::CZtMemBase::Alloc", kMemBase};
   if (kind == AllocKind::Malloc) {
-    head.push_back({"Error creating memory object", "Zt::CZtMemBase::CZtMemBase", kMemBase});
-    head.push_back(kMemResize);
-    head.push_back({"malloc failed", "Zt::CZtMemBase::Alloc", kMemBase});
+    head.insert(head.end(),
+                {{"Error creating memory object", "Zt::CZtMemBase::CZtMemBase", kMemBase},
+                 kMemResize,
+                 alloc});
   } else if (kind == AllocKind::Realloc) {
-    head.push_back(sizing);
-    head.push_back(kMemResize);
-    head.push_back({"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase});
+    head.insert(head.end(), {sizing, kMemResize, alloc});
   } else if (k == 1) {
     head.push_back({kWhat, "Zt::CZtArrayString::New", kStringArray, true});
   } else {
-    head.push_back(sizing);
-    head.push_back({kWhat, objects + "InitElements", kMemObj});
-    return Raise(head, static_cast<long long>(k - 2));
+    head.insert(head.end(), {sizing, {kWhat, objects + "InitElements", kMemObj}});
   }
-  return Raise(head);
+  return Raise(head, kind == AllocKind::New && k > 1 ? static_cast<long long>(k - 2) : 0);
 }
 
 // The same, counted from the operation's first allocation.
@@ -418,33 +417,25 @@ Shape2 Shape(const A& array) {
 template <class A, class T>
 void Sweep2D(const std::string& type) {
   SCOPED_TRACE("CZtMatrix<" + type + ">");
-  // Resize rearranges the elements of a matrix that has some, and sizes the storage of one that
-  // has none; either way the extents are gone after a failure and the storage stays.
-  const auto resizing = [](unsigned long long from) {
-    return [from](Attempt& at) {
-      A array(from, 3);
-      const void* storage = array.GetDataPtr();
-      at([&] { array.Resize(30, 30); });
-      if (at.fired) {
-        EXPECT_EQ(Shape(array), (Shape2{0, 0}));
-        EXPECT_EQ(array.GetDataPtr(), storage);
-      }
-    };
-  };
   const Failing resized =
       Always(Raise({{"Error resizing matrix:" + kWhat, "Zt::CZtMatrix<" + type + ">::Resize",
                      "source\\zt.core.math\\ZtMatrix", true}}));
   const A twoByThree(2, 3), big(30, 30);
-  // New and CopyFrom store the new extents before the storage fails.
-  const auto renewing = [&](void (*op)(A&, const A&)) {
-    return [op, &big](Attempt& at) {
-      A array(1, 2);
+  // A matrix of `from` grown to 30 by 30 by `op`, which keeps its storage if and only if it
+  // fails. Resize rearranges the elements of a matrix that has some and sizes the storage of one
+  // that has none, and leaves no extents after a failure; New and CopyFrom store the new extents
+  // before the storage fails.
+  const auto growing = [&](Shape2 from, bool resizing, void (*op)(A&, const A&)) {
+    return [=, &big](Attempt& at) {
+      A array(from[0], from[1]);
       const void* storage = array.GetDataPtr();
       at([&] { op(array, big); });
-      EXPECT_EQ(Shape(array), (Shape2{30, 30}));
+      if (resizing && !at.fired) return;
+      EXPECT_EQ(Shape(array), (resizing ? Shape2{0, 0} : Shape2{30, 30}));
       EXPECT_EQ(array.GetDataPtr() == storage, at.fired);
     };
   };
+  const auto resize = [](A& array, const A&) { array.Resize(30, 30); };
   // The copy replaces its first matrix, which stays allocated; so does the assignment, with the
   // storage of the replaced matrix.
   const auto leaving = [](long long n) {
@@ -467,10 +458,10 @@ void Sweep2D(const std::string& type) {
          }
        },
        leaving(2), Done(true, 2), true},
-      {"Resize from 2 by 3", resizing(2), resized},
-      {"Resize from 0 by 3", resizing(0), resized},
-      {"New", renewing([](A& array, const A&) { array.New(30, 30); })},
-      {"CopyFrom", renewing([](A& array, const A& source) { array.CopyFrom(&source); })},
+      {"Resize from 2 by 3", growing({2, 3}, true, resize), resized},
+      {"Resize from 0 by 3", growing({0, 3}, true, resize), resized},
+      {"New", growing({1, 2}, false, [](A& array, const A&) { array.New(30, 30); })},
+      {"CopyFrom", growing({1, 2}, false, [](A& array, const A& from) { array.CopyFrom(&from); })},
   });
 }
 
@@ -522,24 +513,24 @@ TEST(AllocationSweep, Images) {
   std::vector<double> doubles(15);
   Sweep({
       {"Create with sizes and types",
-       replacing([](CZtImage& i) { return i.Create(5, 3, P::RGB, D::UShort); }), refused},
+       replacing([](auto& i) { return i.Create(5, 3, P::RGB, D::UShort); }), refused},
       {"Create with data",
-       replacing([&](CZtImage& i) { return i.Create(5, 3, P::RGB, D::UShort, pixels.data()); }),
+       replacing([&](auto& i) { return i.Create(5, 3, P::RGB, D::UShort, pixels.data()); }),
        refused},
-      {"Create from an IImage", replacing([&](CZtImage& i) {
+      {"Create from an IImage", replacing([&](auto& i) {
          Zt::CZtImageMoniker view;
          view.Create(from);
          return i.Create(static_cast<const Zt::IImage*>(&view));
        }),
        refused},
-      {"Create from an image", replacing([&](CZtImage& i) { return i.Create(from); }), refused},
-      {"Create from a format", replacing([&](CZtImage& i) { return i.Create(format); }), refused},
-      {"assignment", replacing([&](CZtImage& i) { i = from; }), Always(Done())},
+      {"Create from an image", replacing([&](auto& i) { return i.Create(from); }), refused},
+      {"Create from a format", replacing([&](auto& i) { return i.Create(format); }), refused},
+      {"assignment", replacing([&](auto& i) { i = from; }), Always(Done())},
       {"copy constructor", constructing(from), Always(Done())},
       {"format constructor", constructing(format), Always(Done())},
-      {"ConvertType",
-       replacing([&](CZtImage& i) { return from.ConvertType(i, P::RGBA, D::Float); }), refused},
-      {"ConvertType of two images", replacing([&](CZtImage& i) {
+      {"ConvertType", replacing([&](auto& i) { return from.ConvertType(i, P::RGBA, D::Float); }),
+       refused},
+      {"ConvertType of two images", replacing([&](auto& i) {
          return CZtImage::ConvertType(&i, &from, P::Lum, D::Double, true);
        }),
        refused},
@@ -581,13 +572,16 @@ const std::string kMap =
 const char* const kMapFile = "source\\zt.core.development\\ZtParMap";
 const Link kMapOutOfMemory{kWhat, kMap + "Init", kMapFile, true};
 
+// A failure of the store, raised in `member`.
+Link Store(const std::string& message, const char* member, bool outOfMemory = false) {
+  return {message, std::string("Zt::CZtMetaData::") + member, "ZtMetaData", outOfMemory};
+}
+
 // A new store: the map object first, bare when it fails; then its seven tables, each reported
 // inside "Error initializing meta-data" with the map object left allocated.
 Outcome Constructing(unsigned long long k) {
-  if (k == 1) return Raise({{kWhat, "Zt::CZtMetaData::Init", "ZtMetaData", true}});
-  return Raise(
-      {{"Error initializing meta-data", "Zt::CZtMetaData::Init", "ZtMetaData"}, kMapOutOfMemory},
-      1);
+  if (k == 1) return Raise({Store(kWhat, "Init", true)});
+  return Raise({Store("Error initializing meta-data", "Init"), kMapOutOfMemory}, 1);
 }
 
 // A handler that lets every read and write pass.
@@ -599,39 +593,41 @@ struct AcceptingEvent final : TEvent {
 TEST(AllocationSweep, ParameterMap) {
   const std::string key(40, 'k');  // long enough to live on the heap
   const std::vector<CZtString> oldList{kLong1, "b"}, newList{kLong2, "c", "d"};
-  std::vector<Row> rows{
+  // A string-array parameter with an event handler, with or without a record, read or written.
+  const auto parameter = [&](bool withRecord, bool reading) {
+    return [&, withRecord, reading](Attempt& at) {
+      Zt::CZtSafePtrRepo<TEvent> events;
+      TParMap map;
+      map.Init();
+      map.GetDirectory()[key].Assign(key, Zt::ParStringArray, "",
+                                     Zt::CZtSafePtr<Zt::Constraint::CAny>(),
+                                     Zt::CZtSafePtr<TEvent>(new AcceptingEvent, &events));
+      if (withRecord) {
+        map.GetValue<std::vector<CZtString>>(key).Value = oldList;
+      }
+      std::vector<CZtString> value;
+      at([&] {
+        return reading ? map.ReadParameter(key, value) : map.WriteParameter(key, newList);
+      });
+    };
+  };
+  Sweep({
       // A failed Init releases its tables and can run again.
       {"Init",
        [](Attempt& at) {
          TParMap map;
          at([&] { map.Init(); });
-         if (at.fired) map.Init();
+         if (at.fired) {
+           map.Init();
+         }
          EXPECT_FALSE(map.HasParameter("x"));
        },
        Always(Raise({kMapOutOfMemory}))},
-  };
-  // A string-array parameter with an event handler, with or without a record, read or written.
-  for (bool withRecord : {false, true}) {
-    for (bool reading : {false, true}) {
-      rows.push_back({std::string(reading ? "ReadParameter" : "WriteParameter") +
-                          (withRecord ? " of a parameter with a value" : " of a new parameter"),
-                      [&, withRecord, reading](Attempt& at) {
-                        Zt::CZtSafePtrRepo<TEvent> events;
-                        TParMap map;
-                        map.Init();
-                        map.GetDirectory()[key].Assign(
-                            key, Zt::ParStringArray, "", Zt::CZtSafePtr<Zt::Constraint::CAny>(),
-                            Zt::CZtSafePtr<TEvent>(new AcceptingEvent, &events));
-                        if (withRecord) map.GetValue<std::vector<CZtString>>(key).Value = oldList;
-                        std::vector<CZtString> value;
-                        at([&] {
-                          return reading ? map.ReadParameter(key, value)
-                                         : map.WriteParameter(key, newList);
-                        });
-                      }});
-    }
-  }
-  Sweep(rows);
+      {"WriteParameter of a new parameter", parameter(false, false)},
+      {"ReadParameter of a new parameter", parameter(false, true)},
+      {"WriteParameter of a parameter with a value", parameter(true, false)},
+      {"ReadParameter of a parameter with a value", parameter(true, true)},
+  });
 }
 
 TEST(AllocationSweep, MetaData) {
@@ -659,17 +655,10 @@ TEST(AllocationSweep, MetaData) {
       s.GetElement(element, value);
     });
   };
-  // A type mismatch reported by the map, inside the store's failure.
-  const auto mismatch = [](const char* outer, bool writing, const char* given) {
-    const std::string function = kMap + (writing ? "WriteParameter" : "ReadParameter");
-    Links chain{{outer, writing ? "Zt::CZtMetaData::SetElement" : "Zt::CZtMetaData::GetElement",
-                 "ZtMetaData"}};
-    if (writing) chain.push_back({"Error writing parameter", function, kMapFile});
-    chain.push_back(
-        {std::string("Wrong type for parameter; Expected type 'unsigned' differs from '") + given +
-             "'",
-         function, kMapFile, false, "Zt.ParInvalidTypeException"});
-    return Raise(chain);
+  // The map's report of a type that differs from the element's.
+  const auto wrongType = [](const char* member, const std::string& given) {
+    return Link{"Wrong type for parameter; Expected type 'unsigned' differs from '" + given + "'",
+                kMap + member, kMapFile, false, "Zt.ParInvalidTypeException"};
   };
   Sweep({
       {"constructor", Just([] { CZtMetaData store; }),
@@ -695,16 +684,19 @@ TEST(AllocationSweep, MetaData) {
       // An element added through an array form can't be written through it: the mismatch's own
       // allocations fail as std::bad_alloc.
       {"SetElement CZtArrayString", on([&](CZtMetaData& s) { s.SetElement("u", texts); }),
-       AnyBadAlloc, mismatch("Error setting element 'u'", true, "string[]")},
+       AnyBadAlloc,
+       Raise({Store("Error setting element 'u'", "SetElement"),
+              {"Error writing parameter", kMap + "WriteParameter", kMapFile},
+              wrongType("WriteParameter", "string[]")})},
       // An array element read as unsigned creates a record.
       {"GetElement unsigned int", getting(0u, name)},
       {"GetElement text", getting(CZtString(), "s")},
       {"GetElement CZtArrayUInt", getting(Zt::CZtArrayUInt(), "u"), AnyBadAlloc,
-       mismatch("Error getting element 'u'", false, "unsigned[]")},
+       Raise({Store("Error getting element 'u'", "GetElement"),
+              wrongType("ReadParameter", "unsigned[]")})},
       {"GetElement of an unknown name", getting(0.0, "x"), AnyBadAlloc,
-       Raise({{"Error getting element 'x'", "Zt::CZtMetaData::GetElement", "ZtMetaData"},
-              {"Element 'x' doesn't exist in meta data", "Zt::CZtMetaData::GetElement",
-               "ZtMetaData"}})},
+       Raise({Store("Error getting element 'x'", "GetElement"),
+              Store("Element 'x' doesn't exist in meta data", "GetElement")})},
       {"GetElementNameType", on([](CZtMetaData& s) {
          CZtString elementName, type;
          s.GetElementNameType(0, elementName, type);
