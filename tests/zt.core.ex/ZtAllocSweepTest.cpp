@@ -1,12 +1,11 @@
-// Exhausted memory at every allocation of every operation that allocates. Each row runs once
-// counting its allocations of each kind, then once for each k with the k-th allocation of one
-// kind failing; what arrives (a return value, a chain of exceptions, std::bad_alloc) and the heap
-// blocks left behind are compared with the row's table. The row checks its objects itself.
+// Exhausted memory at every allocation of every operation that allocates: each row runs once for
+// each k with the k-th allocation of one kind failing, and its table says what must arrive.
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <new>
 #include <optional>
 #include <ostream>
@@ -120,8 +119,7 @@ struct Row {
   Run run;  // builds the objects, runs the operation through the attempt once, checks the objects
   Failing failing = AnyBadAlloc;  // the outcome at each failure point
   Outcome clean = Done();         // the outcome with nothing failing
-  // Whether the operation leaves blocks behind by contract: its runs are hidden from a
-  // sanitizer's leak checker, and the count of blocks is the check.
+  // Blocks are left by contract: hidden from a sanitizer's leak checker, the count is the check.
   bool leaks = false;
 };
 
@@ -253,9 +251,8 @@ TEST(AllocationSweep, NumericArrays) {
   SweepNumeric<Zt::CZtArrayUShort, unsigned short>("unsigned short");
 }
 
-// A copy of an array without its implementation object reports the missing object before it
-// allocates one of its own: it allocates just what GetElementSize, whose name is as long, does
-// for the same exception. (The five arrays share one template.)
+// A copy of an array without its implementation object reports it before it allocates: just what
+// GetElementSize, whose name is as long, allocates for the same exception. (One shared template.)
 TEST(AllocationSweep, TheCopyOfANumericArrayChecksItsSourceBeforeItAllocates) {
   ZtTest::Hollow<Zt::CZtArrayDouble> hollow;
   Attempt copying, reading;
@@ -311,8 +308,7 @@ Failing Making(Links head, unsigned long long n) {
 const char* const kLong1 = "a text long enough to need a block";
 const char* const kLong2 = "another text that needs a block too";
 
-// Two long texts copied into an array: the block is made anew, then each text's copy allocates
-// and fails as std::bad_alloc.
+// Two long texts copied: the block is made anew, then each text's copy fails as std::bad_alloc.
 Outcome CopyingLongTexts(const Point& p) {
   return p.kind == AllocKind::New && p.k > p.calls - 2 ? BadAlloc()
                                                        : MakingStrings({kCopying}, 2, p.kind, p.k);
@@ -324,11 +320,8 @@ CZtArrayString Texts(std::vector<const char*> texts) {
   return array;
 }
 
-// The constructors that fail while they copy texts into the block they have made release the
-// block and the strings made so far.
 TEST(AllocationSweep, StringArrays) {
-  // The n strings' block made after allocations of the standard library's own, which pass as
-  // std::bad_alloc.
+  // The n strings' block made after the standard library's allocations (failing as bad_alloc).
   const auto after = [](unsigned long long n) {
     return [n](const Point& p) {
       const unsigned long long first = p.kind == AllocKind::New ? p.calls - n : 1;
@@ -346,8 +339,7 @@ TEST(AllocationSweep, StringArrays) {
       {"length constructor", Just([] { S a(6); }), Making({}, 6), Done(), true},
       {"splitting constructor", Just([&] { S a(fields, ','); }), after(4), Done(), true},
       {"New", On(two, valid, [](S& a) { a.New(6); }), Making({}, 6), Done(), true},
-      // The block grows in place: its strings are made from its second allocation on. A failure
-      // while they are made leaves the new length.
+      // The block grows in place; a failure while its strings are made leaves the new length.
       {"Resize",
        [](Attempt& at) {
          S array = Texts({"x", "y", "z"});
@@ -394,8 +386,7 @@ TEST(AllocationSweep, StringArrays) {
        [](const Point& p) {
          const bool byNew = p.kind == AllocKind::New;
          const unsigned long long made = byNew ? p.calls - 4 : 1;
-         // A failure inside getline, where a field grows (the third and the sixth allocation),
-         // ends the text: the array holds the fields read until then.
+         // A failure in getline, as a field grows, ends the text: the fields read until then.
          if (byNew && (p.k == 3 || p.k == 6)) return Done();
          if (p.k < made || (byNew && p.k > p.calls - 2)) return BadAlloc();
          return MakingStrings({}, 2, p.kind, p.k - made + 1);
@@ -421,10 +412,8 @@ void Sweep2D(const std::string& type) {
       Always(Raise({{"Error resizing matrix:" + kWhat, "Zt::CZtMatrix<" + type + ">::Resize",
                      "source\\zt.core.math\\ZtMatrix", true}}));
   const A twoByThree(2, 3), big(30, 30);
-  // A matrix of `from` grown to 30 by 30 by `op`, which keeps its storage if and only if it
-  // fails. Resize rearranges the elements of a matrix that has some and sizes the storage of one
-  // that has none, and leaves no extents after a failure; New and CopyFrom store the new extents
-  // before the storage fails.
+  // A matrix of `from` grown to 30 by 30, keeping its storage if and only if it fails; a failed
+  // Resize leaves no extents, New and CopyFrom store the new extents before the storage fails.
   const auto growing = [&](Shape2 from, bool resizing, void (*op)(A&, const A&)) {
     return [=, &big](Attempt& at) {
       A array(from[0], from[1]);
@@ -436,8 +425,7 @@ void Sweep2D(const std::string& type) {
     };
   };
   const auto resize = [](A& array, const A&) { array.Resize(30, 30); };
-  // The copy replaces its first matrix, which stays allocated; so does the assignment, with the
-  // storage of the replaced matrix.
+  // The copy replaces its first matrix, which stays allocated; so does the assignment.
   const auto leaving = [](long long n) {
     return [n](const Point& p) { return BadAlloc(p.k == p.calls ? n : 0); };
   };
@@ -549,10 +537,8 @@ TEST(AllocationSweep, Images) {
        refused},
       // The view's raising forms: only the failure's own allocations.
       {"view Create from an empty image",
-       [&](Attempt& at) {
-         Zt::CZtImageMoniker view;
-         at([&] { view.Create(empty); });
-       },
+       On([] { return std::make_unique<Zt::CZtImageMoniker>(); },
+          [&](auto& view) { view->Create(empty); }),
        AnyBadAlloc,
        Raise(
            {{"Error creating CZtImageMoniker", "Zt::CZtImageMoniker::Create", "ZtImageMoniker"}})},
@@ -577,8 +563,7 @@ Link Store(const std::string& message, const char* member, bool outOfMemory = fa
   return {message, std::string("Zt::CZtMetaData::") + member, "ZtMetaData", outOfMemory};
 }
 
-// A new store: the map object first, bare when it fails; then its seven tables, each reported
-// inside "Error initializing meta-data" with the map object left allocated.
+// A new store: the map object, bare when it fails; then its seven tables, wrapped, leaving the map.
 Outcome Constructing(unsigned long long k) {
   if (k == 1) return Raise({Store(kWhat, "Init", true)});
   return Raise({Store("Error initializing meta-data", "Init"), kMapOutOfMemory}, 1);
@@ -681,8 +666,7 @@ TEST(AllocationSweep, MetaData) {
       {"SetElement unsigned int", on([](CZtMetaData& s) { s.SetElement("u", 3u); })},
       {"SetElement double", on([](CZtMetaData& s) { s.SetElement("d", 3.5); })},
       {"SetElement text", on([](CZtMetaData& s) { s.SetElement("s", CZtString(kLong2)); })},
-      // An element added through an array form can't be written through it: the mismatch's own
-      // allocations fail as std::bad_alloc.
+      // An element can't be written through an array form: the mismatch's allocations fail.
       {"SetElement CZtArrayString", on([&](CZtMetaData& s) { s.SetElement("u", texts); }),
        AnyBadAlloc,
        Raise({Store("Error setting element 'u'", "SetElement"),
