@@ -169,16 +169,15 @@ void Sweep(const std::vector<Row>& rows) {
       for (unsigned long long k = 1; k <= calls + 1; ++k) {
         Attempt attempt(kind, k);
         const Outcome outcome = Measure(row, attempt);
-        const std::string where =
-            std::string(KindName(kind)) + " " + std::to_string(k) + " of " + std::to_string(calls);
+        SCOPED_TRACE(::testing::Message() << KindName(kind) << " " << k << " of " << calls);
         if (k > calls) {
-          EXPECT_FALSE(attempt.fired) << where << ": more allocations than counted";
-          EXPECT_EQ(outcome, row.clean) << where;
+          EXPECT_FALSE(attempt.fired) << "more allocations than counted";
+          EXPECT_EQ(outcome, row.clean);
           break;
         }
-        ASSERT_TRUE(attempt.fired) << where << ": fewer allocations than counted";
+        ASSERT_TRUE(attempt.fired) << "fewer allocations than counted";
         ++g_Points;
-        EXPECT_EQ(outcome, row.failing({kind, k, calls})) << where;
+        EXPECT_EQ(outcome, row.failing({kind, k, calls}));
       }
     }
   }
@@ -198,9 +197,8 @@ const std::string kWhat = std::bad_alloc().what();
 template <class A>
 std::vector<long long> Contents(const A& array) {
   std::vector<long long> values;
-  for (unsigned long long i = 0; i < array.Length(); ++i) {
+  for (unsigned long long i = 0; i < array.Length(); ++i)
     values.push_back(static_cast<long long>(array[i]));
-  }
   return values;
 }
 
@@ -329,7 +327,6 @@ TEST(AllocationSweep, StringArrays) {
     };
   };
   const auto two = [] { return CZtArrayString(2); };
-  const auto valid = Valid<CZtArrayString>;
   const CZtArrayString ab = Texts({"a", "b"}), af = Texts({"a", "b", "c", "d", "e", "f"});
   const CZtArrayString longTexts = Texts({kLong1, kLong2});
   const CZtString fields("a,b,,c"), longFields = CZtString(kLong1) + "," + kLong2;
@@ -338,7 +335,7 @@ TEST(AllocationSweep, StringArrays) {
       {"default constructor", Just([] { S a; }), Making({}, 0)},
       {"length constructor", Just([] { S a(6); }), Making({}, 6), Done(), true},
       {"splitting constructor", Just([&] { S a(fields, ','); }), after(4), Done(), true},
-      {"New", On(two, valid, [](S& a) { a.New(6); }), Making({}, 6), Done(), true},
+      {"New", On(two, Valid<S>, [](S& a) { a.New(6); }), Making({}, 6), Done(), true},
       // The block grows in place; a failure while its strings are made leaves the new length.
       {"Resize",
        [](Attempt& at) {
@@ -350,7 +347,7 @@ TEST(AllocationSweep, StringArrays) {
          EXPECT_STREQ(array[2].ToCString(), "z");
        },
        [](const Point& p) { return MakingStrings({kResizing}, 9, p.kind, p.k + 1); }, Done(), true},
-      {"assignment", On(two, valid, [&](S& a) { a = af; }), Making({kCopying}, 6), Done(), true},
+      {"assignment", On(two, Valid<S>, [&](S& a) { a = af; }), Making({kCopying}, 6), Done(), true},
       {"copy constructor", Just([&] { S a(ab); }), Making({kCopying}, 2), Done(), true},
       // Copies of texts that allocate come after the block is made.
       {"assignment of long texts",
