@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <new>
 
-// The real allocator behind the linker's --wrap=malloc and --wrap=realloc.
+// The real allocator behind the linker's --wrap=malloc, --wrap=realloc and --wrap=free.
 extern "C" void* __real_malloc(std::size_t size);
 extern "C" void* __real_realloc(void* block, std::size_t size);
 extern "C" void __real_free(void* block);
@@ -13,41 +13,26 @@ extern "C" void __real_free(void* block);
 namespace ZtTest {
 namespace {
 
-constexpr int kKinds = 3;
-
-// Plain data only: it is read by every allocation of the process, also
-// before and after main.
+// Plain data only: it is read by every allocation of the process, also before and after main.
 struct State {
-  bool active;
-  bool armed;
-  bool fired;
+  bool active, armed, fired;
   AllocKind kind;
   unsigned long long remaining;  // calls of `kind` until the failure
-  unsigned long long calls[kKinds];
+  unsigned long long calls[3];   // by kind
 };
 State g_State{};
-// Blocks out, counted apart from g_State: it runs all the time.
-long long g_LiveBlocks = 0;
+long long g_LiveBlocks = 0;  // apart from g_State: it counts all the time
 
 void* Counted(void* block) {
-  if (block != nullptr) {
-    ++g_LiveBlocks;
-  }
+  g_LiveBlocks += block != nullptr ? 1 : 0;
   return block;
 }
 
 // Counts the call; true if this one is to fail.
 bool ShouldFail(AllocKind kind) {
-  if (!g_State.active) {
-    return false;
-  }
+  if (!g_State.active) return false;
   ++g_State.calls[static_cast<int>(kind)];
-  if (!g_State.armed || g_State.kind != kind) {
-    return false;
-  }
-  if (--g_State.remaining != 0) {
-    return false;
-  }
+  if (!g_State.armed || g_State.kind != kind || --g_State.remaining != 0) return false;
   g_State.armed = false;
   g_State.fired = true;
   return true;
@@ -58,51 +43,33 @@ void Start(bool armed, AllocKind kind, unsigned long long nth) {
     std::fputs("ZtAllocFail: only one may be alive at a time\n", stderr);
     std::abort();
   }
-  g_State = State{};
-  g_State.active = true;
-  g_State.armed = armed && nth != 0;
-  g_State.kind = kind;
-  g_State.remaining = nth;
+  g_State = State{true, armed && nth != 0, false, kind, nth, {}};
 }
 
 void* NewBlock(std::size_t size) {
-  if (ShouldFail(AllocKind::New)) {
-    return nullptr;
-  }
-  return Counted(__real_malloc(size == 0 ? 1 : size));
+  return ShouldFail(AllocKind::New) ? nullptr : Counted(__real_malloc(size == 0 ? 1 : size));
 }
 
 }  // namespace
 
 ZtAllocFail::ZtAllocFail() { Start(false, AllocKind::New, 0); }
-
 ZtAllocFail::ZtAllocFail(AllocKind kind, unsigned long long nth) { Start(true, kind, nth); }
-
 ZtAllocFail::~ZtAllocFail() { g_State = State{}; }
-
 bool ZtAllocFail::Fired() const { return g_State.fired; }
-
 unsigned long long ZtAllocFail::Calls(AllocKind kind) const {
   return g_State.calls[static_cast<int>(kind)];
 }
-
 long long LiveBlocks() { return g_LiveBlocks; }
 
 }  // namespace ZtTest
 
-using ZtTest::AllocKind;
-
 extern "C" void* __wrap_malloc(std::size_t size) {
-  if (ZtTest::ShouldFail(AllocKind::Malloc)) {
-    return nullptr;
-  }
-  return ZtTest::Counted(__real_malloc(size));
+  return ZtTest::ShouldFail(ZtTest::AllocKind::Malloc) ? nullptr
+                                                       : ZtTest::Counted(__real_malloc(size));
 }
 
 extern "C" void* __wrap_realloc(void* block, std::size_t size) {
-  if (ZtTest::ShouldFail(AllocKind::Realloc)) {
-    return nullptr;
-  }
+  if (ZtTest::ShouldFail(ZtTest::AllocKind::Realloc)) return nullptr;
   void* moved = __real_realloc(block, size);
   if (block == nullptr) {
     ZtTest::Counted(moved);
@@ -113,27 +80,19 @@ extern "C" void* __wrap_realloc(void* block, std::size_t size) {
 }
 
 extern "C" void __wrap_free(void* block) {
-  if (block != nullptr) {
-    --ZtTest::g_LiveBlocks;
-  }
+  ZtTest::g_LiveBlocks -= block != nullptr ? 1 : 0;
   __real_free(block);
 }
 
 // The replaceable global allocation functions, on the real malloc and free.
 void* operator new(std::size_t size) {
   void* block = ZtTest::NewBlock(size);
-  if (block == nullptr) {
-    throw std::bad_alloc();
-  }
+  if (block == nullptr) throw std::bad_alloc();
   return block;
 }
 void* operator new[](std::size_t size) { return operator new(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return ZtTest::NewBlock(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return ZtTest::NewBlock(size);
-}
+void* operator new(std::size_t n, const std::nothrow_t&) noexcept { return ZtTest::NewBlock(n); }
+void* operator new[](std::size_t n, const std::nothrow_t&) noexcept { return ZtTest::NewBlock(n); }
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete[](void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }

@@ -1,8 +1,8 @@
 #ifndef ZT_TESTS_ZTALLOCFAILCHAIN_H
 #define ZT_TESTS_ZTALLOCFAILCHAIN_H
 
-// Checks of a failure raised with an allocation made to fail (needs
-// zt_alloc_fail).
+// Checks of a failure raised with an allocation made to fail (needs zt_alloc_fail): each runs
+// `op` with the nth allocation of `kind` failing and checks that the failure happened.
 
 #include <gtest/gtest.h>
 
@@ -15,8 +15,7 @@
 
 namespace ZtTest {
 
-// Runs `op` with the nth allocation of `kind` failing, and checks that the
-// failure happened and arrived as `chain`.
+// The failure arrives as `chain`.
 inline void ExpectRaiseWhenFailing(AllocKind kind, unsigned long long nth,
                                    const std::function<void()>& op,
                                    const std::vector<Link>& chain) {
@@ -25,7 +24,7 @@ inline void ExpectRaiseWhenFailing(AllocKind kind, unsigned long long nth,
   EXPECT_TRUE(failure.Fired()) << "the failure was not injected";
 }
 
-// The same for a failure that must pass as the standard std::bad_alloc.
+// The failure passes as the standard std::bad_alloc.
 inline void ExpectBadAllocWhenFailing(AllocKind kind, unsigned long long nth,
                                       const std::function<void()>& op) {
   ZtAllocFail failure(kind, nth);

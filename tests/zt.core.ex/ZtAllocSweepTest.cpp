@@ -1,21 +1,16 @@
-// Exhausted memory at every allocation of every operation that allocates.
-//
-// Each row of a table names one operation with the objects it works on. The
-// sweep first runs it with nothing failing and counts its allocations of each
-// kind (malloc, realloc, operator new), then runs it again once for each k
-// with the k-th allocation of one kind failing, and compares what arrives
-// (a return value, a chain of exceptions or the standard std::bad_alloc) and
-// how many heap blocks were left behind once every object of the row is gone.
-// The row checks the state of its objects itself.
+// Exhausted memory at every allocation of every operation that allocates: each row runs once for
+// each k with the k-th allocation of one kind failing, and its table says what must arrive.
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <new>
 #include <optional>
 #include <ostream>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -33,36 +28,26 @@ using Links = std::vector<Link>;
 
 namespace {
 
-// --- What one run gives ------------------------------------------------------
+// --- The driver ----------------------------------------------------------------
 
 struct Outcome {
-  enum What { Returned, Raised, BadAlloc, Other };
-  What what = Returned;
+  enum What { Returned, Raised, BadAlloc, Other } what = Returned;
   bool result = true;  // what a bool operation returned; true for the others
   Links chain;         // when Raised
   long long leaked = 0;
+  bool operator==(const Outcome& o) const {
+    return std::tie(what, result, chain, leaked) == std::tie(o.what, o.result, o.chain, o.leaked);
+  }
 };
-
-bool operator==(const Outcome& a, const Outcome& b) {
-  return a.what == b.what && a.result == b.result && a.chain == b.chain && a.leaked == b.leaked;
-}
 
 void PrintTo(const Outcome& o, std::ostream* out) {
   const char* const whats[] = {"returned", "raised", "std::bad_alloc", "another exception"};
-  *out << whats[o.what];
-  if (o.what == Outcome::Returned) {
-    *out << (o.result ? " true" : " false");
-  }
-  for (const Link& link : o.chain) {
-    *out << "\n    ";
-    ZtTest::PrintTo(link, out);
-  }
+  *out << whats[o.what] << (o.what != Outcome::Returned ? "" : o.result ? " true" : " false");
+  for (const Link& link : o.chain) *out << "\n    " << ::testing::PrintToString(link);
   *out << "\n    leaving " << o.leaked << " blocks";
 }
 
-Outcome Done(bool result = true, long long leaked = 0) {
-  return {Outcome::Returned, result, {}, leaked};
-}
+Outcome Done(bool r = true, long long leaked = 0) { return {Outcome::Returned, r, {}, leaked}; }
 Outcome BadAlloc(long long leaked = 0) { return {Outcome::BadAlloc, true, {}, leaked}; }
 Outcome Raise(Links chain, long long leaked = 0) {
   return {Outcome::Raised, true, std::move(chain), leaked};
@@ -73,62 +58,46 @@ const char* KindName(AllocKind kind) {
   return kind == AllocKind::Malloc ? "malloc" : kind == AllocKind::Realloc ? "realloc" : "new";
 }
 
-// One run of a row's operation: counting only, or with one allocation failing.
-class Attempt {
-public:
-  Attempt() = default;
-  Attempt(AllocKind kind, unsigned long long nth) : m_Kind(kind), m_Nth(nth) {}
+// One run of a row's operation, with the nth allocation of `kind` failing (nth 0: counting only).
+struct Attempt {
+  explicit Attempt(AllocKind k = AllocKind::New, unsigned long long n = 0) : kind(k), nth(n) {}
+  AllocKind kind;
+  unsigned long long nth;
+  bool fired = false;  // whether the injected failure happened
+  unsigned long long calls[3] = {};
+  Outcome outcome;
+  long long ownBlocks = 0;  // blocks that the recorded chain holds
 
   // Runs `op` once with the failure armed, and records how it ended.
   template <class Op>
   void operator()(Op&& op) {
-    // With nth 0 the failure only counts.
-    std::optional<ZtTest::ZtAllocFail> failure(std::in_place, m_Kind, m_Nth);
-    const auto stop = [&] {
-      // The failure ends before the outcome is recorded, whose own
-      // allocations must neither fail nor count.
-      m_Fired = failure->Fired();
-      for (AllocKind kind : kKinds) {
-        m_Calls[static_cast<int>(kind)] = failure->Calls(kind);
-      }
+    std::optional<ZtTest::ZtAllocFail> failure(std::in_place, kind, nth);
+    // The failure ends before the outcome is recorded, whose allocations must not fail or count.
+    const auto stop = [&](Outcome::What what) {
+      fired = failure->Fired();
+      for (AllocKind k : kKinds) calls[static_cast<int>(k)] = failure->Calls(k);
       failure.reset();
+      outcome.what = what;
     };
     try {
       if constexpr (std::is_void_v<decltype(op())>) {
         op();
       } else {
-        m_Outcome.result = op();
+        outcome.result = op();
       }
-      stop();
+      stop(Outcome::Returned);
     } catch (Zt::CZtException& e) {
-      stop();
+      stop(Outcome::Raised);
       const long long before = ZtTest::LiveBlocks();
-      m_Outcome.what = Outcome::Raised;
-      m_Outcome.chain = ZtTest::LinksOf(e);
-      m_OwnBlocks = ZtTest::LiveBlocks() - before;
+      outcome.chain = ZtTest::LinksOf(e);
+      ownBlocks = ZtTest::LiveBlocks() - before;
     } catch (std::bad_alloc&) {
-      stop();
-      m_Outcome.what = Outcome::BadAlloc;
+      stop(Outcome::BadAlloc);
     } catch (...) {
-      stop();
-      m_Outcome.what = Outcome::Other;
+      stop(Outcome::Other);
     }
   }
-
-  // Whether the injected failure happened.
-  bool Failed() const { return m_Fired; }
-  unsigned long long Calls(AllocKind kind) const { return m_Calls[static_cast<int>(kind)]; }
-  const Outcome& Result() const { return m_Outcome; }
-  // Blocks that the recorded chain holds.
-  long long OwnBlocks() const { return m_OwnBlocks; }
-
-private:
-  AllocKind m_Kind = AllocKind::New;
-  unsigned long long m_Nth = 0;  // 0: counting only
-  bool m_Fired = false;
-  unsigned long long m_Calls[3] = {};
-  Outcome m_Outcome;
-  long long m_OwnBlocks = 0;
+  unsigned long long Calls(AllocKind k) const { return calls[static_cast<int>(k)]; }
 };
 
 // The k-th of `calls` allocations of `kind`, made to fail.
@@ -142,37 +111,52 @@ using Failing = std::function<Outcome(const Point&)>;
 Failing Always(Outcome outcome) {
   return [outcome](const Point&) { return outcome; };
 }
-// Every failure a std::bad_alloc that leaves nothing behind.
 const Failing AnyBadAlloc = Always(BadAlloc());
 
+using Run = std::function<void(Attempt&)>;
 struct Row {
   std::string name;
-  // Builds the objects, runs the operation through the attempt exactly once
-  // and checks the objects afterwards.
-  std::function<void(Attempt&)> run;
-  // The outcome at each failure point.
-  Failing failing;
-  // The outcome with nothing failing.
-  Outcome clean = Done();
-  // Whether the operation leaves blocks behind by contract; its runs are
-  // then hidden from a sanitizer's leak checker, and the count of blocks is
-  // the check.
+  Run run;  // builds the objects, runs the operation through the attempt once, checks the objects
+  Failing failing = AnyBadAlloc;  // the outcome at each failure point
+  Outcome clean = Done();         // the outcome with nothing failing
+  // Blocks are left by contract: hidden from a sanitizer's leak checker, the count is the check.
   bool leaks = false;
 };
+
+// A run of `op` alone.
+template <class F>
+Run Just(F op) {
+  return [op](Attempt& at) { at(op); };
+}
+// A run of `op` on a fresh object: `make` it, run `op(object)`, then `check(object, attempt)`.
+template <class Make, class Check, class F>
+Run On(Make make, Check check, F op) {
+  return [=](Attempt& at) {
+    auto object = make();
+    at([&] { return op(object); });
+    check(object, at);
+  };
+}
+template <class Make, class F>
+Run On(Make make, F op) {
+  return On(
+      make, [](const auto&, const Attempt&) {}, op);
+}
+// Valid unless the operation failed.
+template <class T>
+void Valid(const T& object, const Attempt& at) {
+  EXPECT_EQ(object.IsValid(), !at.fired);
+}
 
 unsigned long long g_Points = 0;
 
 Outcome Measure(const Row& row, Attempt& attempt) {
   std::optional<ZtTest::ZtExpectedLeak> hidden;
-  if (row.leaks) {
-    hidden.emplace();
-  }
+  if (row.leaks) hidden.emplace();
   const long long before = ZtTest::LiveBlocks();
   row.run(attempt);
-  const long long leaked = ZtTest::LiveBlocks() - before - attempt.OwnBlocks();
-  Outcome outcome = attempt.Result();
-  outcome.leaked = leaked;
-  return outcome;
+  attempt.outcome.leaked = ZtTest::LiveBlocks() - before - attempt.ownBlocks;
+  return attempt.outcome;
 }
 
 void Sweep(const std::vector<Row>& rows) {
@@ -185,24 +169,22 @@ void Sweep(const std::vector<Row>& rows) {
       for (unsigned long long k = 1; k <= calls + 1; ++k) {
         Attempt attempt(kind, k);
         const Outcome outcome = Measure(row, attempt);
-        const std::string where =
-            std::string(KindName(kind)) + " " + std::to_string(k) + " of " + std::to_string(calls);
+        SCOPED_TRACE(::testing::Message() << KindName(kind) << " " << k << " of " << calls);
         if (k > calls) {
-          EXPECT_FALSE(attempt.Failed()) << where << ": more allocations than counted";
-          EXPECT_EQ(outcome, row.clean) << where;
+          EXPECT_FALSE(attempt.fired) << "more allocations than counted";
+          EXPECT_EQ(outcome, row.clean);
           break;
         }
-        ASSERT_TRUE(attempt.Failed()) << where << ": fewer allocations than counted";
+        ASSERT_TRUE(attempt.fired) << "fewer allocations than counted";
         ++g_Points;
-        EXPECT_EQ(outcome, row.failing({kind, k, calls})) << where;
+        EXPECT_EQ(outcome, row.failing({kind, k, calls}));
       }
     }
   }
 }
 
 // Prints the number of failure points once, after every sweep.
-class PointReport : public ::testing::Environment {
-public:
+struct PointReport : ::testing::Environment {
   void TearDown() override { std::printf("allocation-failure points: %llu\n", g_Points); }
 };
 [[maybe_unused]] const auto* const kPointReport =
@@ -210,73 +192,52 @@ public:
 
 const std::string kWhat = std::bad_alloc().what();
 
-// --- Numeric arrays ------------------------------------------------------------
+// --- Numeric arrays --------------------------------------------------------------
 
 template <class A>
 std::vector<long long> Contents(const A& array) {
   std::vector<long long> values;
-  for (unsigned long long i = 0; i < array.Length(); ++i) {
+  for (unsigned long long i = 0; i < array.Length(); ++i)
     values.push_back(static_cast<long long>(array[i]));
-  }
   return values;
 }
 
-// The rows of one numeric array class; `type` is its element type as
-// failures spell it.
+// The rows of one numeric array class; `type` is its element type as failures spell it.
 template <class A, class T>
 void SweepNumeric(const std::string& type) {
   SCOPED_TRACE("CZtArrayBase<" + type + ">");
   const auto base = [type](const char* member) {
-    return Raise({{kWhat, "Zt::CZtArrayBase<" + type + ">::" + member,
-                   "source\\zt.core.ex\\ZtArrayBase", true}});
+    return Always(Raise({{kWhat, "Zt::CZtArrayBase<" + type + ">::" + member,
+                          "source\\zt.core.ex\\ZtArrayBase", true}}));
   };
   // The implementation object is not guarded, its vector is.
-  const Failing made = [base](const Point& p) { return p.k == p.calls ? base("New") : BadAlloc(); };
+  const Failing made = [base](const Point& p) {
+    return p.k == p.calls ? base("New")(p) : BadAlloc();
+  };
+  const A ten(10), thousand(1000);
+  const auto two = [] { return A(2, T(5)); };
   const std::vector<long long> kept{5, 5};
+  // After a failure the array holds `failed` (New empties it first); else 1000 elements.
+  const auto holds = [](std::vector<long long> failed) {
+    return [failed](const A& a, const Attempt& at) {
+      EXPECT_EQ(a.Length(), at.fired ? failed.size() : 1000u);
+      if (at.fired) {
+        EXPECT_EQ(Contents(a), failed);
+      }
+    };
+  };
+  const auto copied = [&](const A& a, const Attempt& at) {
+    EXPECT_EQ(Contents(a), at.fired ? kept : Contents(ten));
+  };
   Sweep({
-      {"default constructor", [](Attempt& at) { at([] { A a; }); }, AnyBadAlloc},
-      {"length constructor", [](Attempt& at) { at([] { A a(10); }); }, made},
-      {"fill constructor", [](Attempt& at) { at([] { A a(10, T(1)); }); }, made},
-      {"copy constructor",
-       [](Attempt& at) {
-         const A source(10);
-         at([&] { A a(source); });
-       },
-       AnyBadAlloc},
-      {"assignment",
-       [kept](Attempt& at) {
-         A array(2, T(5));
-         const A source(10);
-         at([&] { array = source; });
-         EXPECT_EQ(Contents(array), at.Failed() ? kept : Contents(source));
-       },
-       AnyBadAlloc},
-      {"New",
-       [](Attempt& at) {
-         A array(2, T(5));
-         at([&] { array.New(1000); });
-         EXPECT_EQ(array.Length(), at.Failed() ? 0u : 1000u);  // emptied first
-       },
-       Always(base("New"))},
-      {"Resize",
-       [kept](Attempt& at) {
-         A array(2, T(5));
-         at([&] { array.Resize(1000); });
-         if (at.Failed()) {
-           EXPECT_EQ(Contents(array), kept);
-         } else {
-           EXPECT_EQ(array.Length(), 1000u);
-         }
-       },
-       Always(base("Resize"))},
-      {"CopyFrom",
-       [](Attempt& at) {
-         A array(2, T(5));
-         const A source(1000);
-         at([&] { array.CopyFrom(&source); });
-         EXPECT_EQ(array.Length(), at.Failed() ? 2u : 1000u);
-       },
-       Always(base("Resize"))},
+      {"default constructor", Just([] { A a; })},
+      {"length constructor", Just([] { A a(10); }), made},
+      {"fill constructor", Just([] { A a(10, T(1)); }), made},
+      {"copy constructor", Just([&] { A a(ten); })},
+      {"assignment", On(two, copied, [&](A& a) { a = ten; })},
+      {"New", On(two, holds({}), [](A& a) { a.New(1000); }), base("New")},
+      {"Resize", On(two, holds(kept), [](A& a) { a.Resize(1000); }), base("Resize")},
+      {"CopyFrom", On(two, holds(kept), [&](A& a) { a.CopyFrom(&thousand); }), base("Resize")},
   });
 }
 
@@ -288,80 +249,64 @@ TEST(AllocationSweep, NumericArrays) {
   SweepNumeric<Zt::CZtArrayUShort, unsigned short>("unsigned short");
 }
 
-// A copy of an array without its implementation object finds it missing
-// before it allocates one of its own, so that under exhausted memory it
-// reports the missing object rather than the allocation. It allocates what
-// any call that finds the object missing allocates for its exception:
-// GetElementSize's, whose name is as long as the copy constructor's, makes
-// the same strings. (The five arrays share one template.)
+// A copy of an array without its implementation object reports it before it allocates: just what
+// GetElementSize, whose name is as long, allocates for the same exception. (One shared template.)
 TEST(AllocationSweep, TheCopyOfANumericArrayChecksItsSourceBeforeItAllocates) {
   ZtTest::Hollow<Zt::CZtArrayDouble> hollow;
   Attempt copying, reading;
   copying([&] { Zt::CZtArrayDouble copy(hollow); });
   reading([&] { (void)hollow.GetElementSize(); });
-  ASSERT_EQ(copying.Result().what, Outcome::Raised);
+  ASSERT_EQ(copying.outcome.what, Outcome::Raised);
   for (AllocKind kind : kKinds) {
     EXPECT_EQ(copying.Calls(kind), reading.Calls(kind)) << KindName(kind);
   }
 }
 
-// --- String arrays -------------------------------------------------------------
+// --- String arrays ---------------------------------------------------------------
 
 using Zt::CZtArrayString;
 
 const char* const kMemBase = "ZtMemBase";
 const char* const kMemObj = "source\\zt.core.development\\ZtMemObj";
 const char* const kStringArray = "ZtArrayString";
-const std::string kObjects = "Zt::CZtMemObj<class Zt::CZtString>::";
-
-Link SizeTo(unsigned long long n) {
-  return {"Error setting memory size to " + std::to_string(n) + " elements", kObjects + "Resize",
-          kMemObj};
-}
 const Link kMemResize{"Error setting memory size: ", "Zt::CZtMemBase::Resize", kMemBase};
 const Link kCopying{"Error Copying Array", "Zt::CZtArrayString::operator =", kStringArray};
 const Link kResizing{"Error resizing Array", "Zt::CZtArrayString::Resize", kStringArray};
 
-Links Join(Links head, const Links& tail) {
-  head.insert(head.end(), tail.begin(), tail.end());
-  return head;
-}
-
-// A block of n empty strings made anew, by kind and by k counted from its
-// own first allocation: the block object, the pointer block, its growth
-// beyond the first four pointers, then one string object at a time. The
-// strings made before a failing one stay allocated for good.
-Outcome MakingStrings(const Links& head, unsigned long long n, AllocKind kind,
-                      unsigned long long k) {
+// A block of n empty strings made anew, by kind and by k counted from its own first allocation:
+// the block object, the pointer block, its growth beyond the first four pointers, then one string
+// object at a time. The strings made before a failing one stay allocated for good.
+Outcome MakingStrings(Links head, unsigned long long n, AllocKind kind, unsigned long long k) {
+  const std::string objects = "Zt::CZtMemObj<class Zt::CZtString>::";
+  const Link sizing{"Error setting memory size to " + std::to_string(n) + " elements",
+                    objects + "Resize", kMemObj};
+  const Link alloc{kind == AllocKind::Malloc ? "malloc failed" : "realloc failed",
+                   "Zt::CZtMemBase::Alloc", kMemBase};
   if (kind == AllocKind::Malloc) {
-    return Raise(
-        Join(head, {{"Error creating memory object", "Zt::CZtMemBase::CZtMemBase", kMemBase},
-                    kMemResize,
-                    {"malloc failed", "Zt::CZtMemBase::Alloc", kMemBase}}));
+    head.insert(head.end(),
+                {{"Error creating memory object", "Zt::CZtMemBase::CZtMemBase", kMemBase},
+                 kMemResize,
+                 alloc});
+  } else if (kind == AllocKind::Realloc) {
+    head.insert(head.end(), {sizing, kMemResize, alloc});
+  } else if (k == 1) {
+    head.push_back({kWhat, "Zt::CZtArrayString::New", kStringArray, true});
+  } else {
+    head.insert(head.end(), {sizing, {kWhat, objects + "InitElements", kMemObj}});
   }
-  if (kind == AllocKind::Realloc) {
-    return Raise(
-        Join(head, {SizeTo(n), kMemResize, {"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase}}));
-  }
-  if (k == 1) {
-    return Raise(Join(head, {{kWhat, "Zt::CZtArrayString::New", kStringArray, true}}));
-  }
-  return Raise(Join(head, {SizeTo(n), {kWhat, kObjects + "InitElements", kMemObj}}),
-               static_cast<long long>(k - 2));
+  return Raise(head, kind == AllocKind::New && k > 1 ? static_cast<long long>(k - 2) : 0);
 }
-
-// Texts too long to be kept inside a string object, so that copying one
-// allocates.
-const char* const kLong1 = "a text long enough to need a block";
-const char* const kLong2 = "another text that needs a block too";
 
 // The same, counted from the operation's first allocation.
 Failing Making(Links head, unsigned long long n) {
   return [head, n](const Point& p) { return MakingStrings(head, n, p.kind, p.k); };
 }
 
-// Two long texts copied into an array: the block is made anew, then each
-// text's copy allocates and fails as std::bad_alloc.
+// Texts too long to be kept inside a string object, so that copying one allocates.
+const char* const kLong1 = "a text long enough to need a block";
+const char* const kLong2 = "another text that needs a block too";
+
+// Two long texts copied: the block is made anew, then each text's copy fails as std::bad_alloc.
 Outcome CopyingLongTexts(const Point& p) {
   return p.kind == AllocKind::New && p.k > p.calls - 2 ? BadAlloc()
                                                        : MakingStrings({kCopying}, 2, p.kind, p.k);
@@ -369,149 +314,89 @@ Outcome CopyingLongTexts(const Point& p) {
 
 CZtArrayString Texts(std::vector<const char*> texts) {
   CZtArrayString array(texts.size());
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    array[i] = texts[i];
-  }
+  for (std::size_t i = 0; i < texts.size(); ++i) array[i] = texts[i];
   return array;
 }
 
 TEST(AllocationSweep, StringArrays) {
-  // Counts of allocations of each kind before the block is made, for the
-  // rows where other allocations come first.
+  // The n strings' block made after the standard library's allocations (failing as bad_alloc).
   const auto after = [](unsigned long long n) {
     return [n](const Point& p) {
       const unsigned long long first = p.kind == AllocKind::New ? p.calls - n : 1;
       return p.k < first ? BadAlloc() : MakingStrings({}, n, p.kind, p.k - first + 1);
     };
   };
+  const auto two = [] { return CZtArrayString(2); };
+  const CZtArrayString ab = Texts({"a", "b"}), af = Texts({"a", "b", "c", "d", "e", "f"});
+  const CZtArrayString longTexts = Texts({kLong1, kLong2});
+  const CZtString fields("a,b,,c"), longFields = CZtString(kLong1) + "," + kLong2;
+  using S = CZtArrayString;
   Sweep({
-      {"default constructor", [](Attempt& at) { at([] { CZtArrayString a; }); }, Making({}, 0)},
-      {"length constructor", [](Attempt& at) { at([] { CZtArrayString a(6); }); }, Making({}, 6),
-       Done(), true},
-      // The fields are gathered first, with allocations of the standard
-      // library's own that pass as std::bad_alloc.
-      {"splitting constructor",
-       [](Attempt& at) {
-         const CZtString text("a,b,,c");
-         at([&] { CZtArrayString a(text, ','); });
-       },
-       after(4), Done(), true},
-      {"New",
-       [](Attempt& at) {
-         CZtArrayString array(2);
-         at([&] { array.New(6); });
-         EXPECT_EQ(array.IsValid(), !at.Failed());
-       },
-       Making({}, 6), Done(), true},
+      {"default constructor", Just([] { S a; }), Making({}, 0)},
+      {"length constructor", Just([] { S a(6); }), Making({}, 6), Done(), true},
+      {"splitting constructor", Just([&] { S a(fields, ','); }), after(4), Done(), true},
+      {"New", On(two, Valid<S>, [](S& a) { a.New(6); }), Making({}, 6), Done(), true},
+      // The block grows in place; a failure while its strings are made leaves the new length.
       {"Resize",
        [](Attempt& at) {
-         CZtArrayString array = Texts({"x", "y", "z"});
+         S array = Texts({"x", "y", "z"});
          const CZtString* kept = &array[2];
          at([&] { array.Resize(9); });
-         // A failure while the strings are made leaves the new length.
-         const Links& chain = at.Result().chain;
-         const bool same = !chain.empty() && chain.back().message == "realloc failed";
-         EXPECT_EQ(array.Length(), same ? 3u : 9u);
+         EXPECT_EQ(array.Length(), at.fired && at.kind == AllocKind::Realloc ? 3u : 9u);
          EXPECT_EQ(&array[2], kept);
          EXPECT_STREQ(array[2].ToCString(), "z");
        },
-       [](const Point& p) {
-         if (p.kind == AllocKind::Realloc) {
-           return Raise({kResizing,
-                         SizeTo(9),
-                         kMemResize,
-                         {"realloc failed", "Zt::CZtMemBase::Alloc", kMemBase}});
-         }
-         return Raise({kResizing, SizeTo(9), {kWhat, kObjects + "InitElements", kMemObj}},
-                      static_cast<long long>(p.k - 1));
-       },
-       Done(), true},
-      {"assignment",
-       [](Attempt& at) {
-         CZtArrayString array(2);
-         const CZtArrayString source = Texts({"a", "b", "c", "d", "e", "f"});
-         at([&] { array = source; });
-         EXPECT_EQ(array.IsValid(), !at.Failed());
-       },
-       Making({kCopying}, 6), Done(), true},
-      {"copy constructor",
-       [](Attempt& at) {
-         const CZtArrayString source = Texts({"a", "b"});
-         at([&] { CZtArrayString a(source); });
-       },
-       Making({kCopying}, 2), Done(), true},
+       [](const Point& p) { return MakingStrings({kResizing}, 9, p.kind, p.k + 1); }, Done(), true},
+      {"assignment", On(two, Valid<S>, [&](S& a) { a = af; }), Making({kCopying}, 6), Done(), true},
+      {"copy constructor", Just([&] { S a(ab); }), Making({kCopying}, 2), Done(), true},
       // Copies of texts that allocate come after the block is made.
       {"assignment of long texts",
-       [](Attempt& at) {
-         CZtArrayString array(1);
-         const CZtArrayString source = Texts({kLong1, kLong2});
-         at([&] { array = source; });
-         EXPECT_EQ(array.IsValid(), !at.Failed() || at.Result().what == Outcome::BadAlloc);
-       },
+       On([] { return S(1); },
+          [](const S& a, const Attempt& at) {
+            EXPECT_EQ(a.IsValid(), !at.fired || at.outcome.what == Outcome::BadAlloc);
+          },
+          [&](S& a) { a = longTexts; }),
        CopyingLongTexts, Done(), true},
+      {"copy constructor of long texts", Just([&] { S a(longTexts); }), CopyingLongTexts, Done(),
+       true},
       // An invalid array: the failure's own allocations fail.
       {"Resize of an invalid array",
        [](Attempt& at) {
-         CZtArrayString array;
+         S array;
          array.Delete();
          at([&] { array.Resize(2); });
        },
        AnyBadAlloc,
        Raise({kResizing,
               {"Nullptr --> Array Data Invalid", "Zt::CZtArrayString::Resize", kStringArray}})},
-  });
-}
-
-// A string array whose constructor fails after it has made its block, while
-// it copies the texts, releases the block and the strings made so far: the
-// copying constructor and the splitting one both raise past an object that
-// never finishes its construction.
-TEST(AllocationSweep, StringArrayConstructorsReleaseTheirBlock) {
-  Sweep({
-      // Texts that allocate, copied into a block that the constructor has
-      // already made: the failure leaves the constructor.
-      {"copy constructor of long texts",
-       [](Attempt& at) {
-         const CZtArrayString source = Texts({kLong1, kLong2});
-         at([&] { CZtArrayString a(source); });
-       },
-       CopyingLongTexts, Done(), true},
       {"splitting constructor of long fields",
-       [](Attempt& at) {
-         const CZtString text = CZtString(kLong1) + "," + kLong2;
-         std::optional<CZtArrayString> split;
-         at([&] { split.emplace(text, ','); });
-         if (at.Result().what == Outcome::Returned) {
-           const unsigned long long fields = split->Length();
-           ASSERT_LE(fields, 2u);
-           EXPECT_EQ(fields == 2u, !at.Failed());
-           for (unsigned long long i = 0; i < fields; ++i) {
-             EXPECT_STREQ((*split)[i].ToCString(), i == 0 ? kLong1 : kLong2);
-           }
+       [&](Attempt& at) {
+         std::optional<S> split;
+         at([&] { split.emplace(longFields, ','); });
+         if (at.outcome.what != Outcome::Returned) return;
+         ASSERT_LE(split->Length(), 2u);
+         EXPECT_EQ(split->Length() == 2u, !at.fired);
+         for (unsigned long long i = 0; i < split->Length(); ++i) {
+           EXPECT_STREQ((*split)[i].ToCString(), i == 0 ? kLong1 : kLong2);
          }
        },
        [](const Point& p) {
          const bool byNew = p.kind == AllocKind::New;
          const unsigned long long made = byNew ? p.calls - 4 : 1;
-         // The stream takes a failure inside getline, where each field
-         // grows (the third and the sixth allocation), for the end of the
-         // text: the array holds the fields read until then.
-         if (byNew && (p.k == 3 || p.k == 6)) {
-           return Done();
-         }
-         if (p.k < made || (byNew && p.k > p.calls - 2)) {
-           return BadAlloc();
-         }
+         // A failure in getline, as a field grows, ends the text: the fields read until then.
+         if (byNew && (p.k == 3 || p.k == 6)) return Done();
+         if (p.k < made || (byNew && p.k > p.calls - 2)) return BadAlloc();
          return MakingStrings({}, 2, p.kind, p.k - made + 1);
        },
        Done(), true},
   });
 }
 
-// --- Two-dimensional arrays ----------------------------------------------------
+// --- Two-dimensional arrays ------------------------------------------------------
 
+using Shape2 = std::vector<unsigned long long>;
 template <class A>
-std::vector<unsigned long long> Shape(const A& array) {
+Shape2 Shape(const A& array) {
   unsigned long long rows = 0, columns = 0;
   array.GetSize(rows, columns);
   return {rows, columns};
@@ -520,65 +405,48 @@ std::vector<unsigned long long> Shape(const A& array) {
 template <class A, class T>
 void Sweep2D(const std::string& type) {
   SCOPED_TRACE("CZtMatrix<" + type + ">");
-  using Shape2 = std::vector<unsigned long long>;
-  // Resize rearranges the elements of a matrix that has some, and sizes the
-  // storage of one that has none; either way the extents are gone after a
-  // failure and the storage stays.
-  const auto resizing = [](unsigned long long from) {
-    return [from](Attempt& at) {
-      A array(from, 3);
-      const void* storage = array.GetDataPtr();
-      at([&] { array.Resize(30, 30); });
-      if (at.Failed()) {
-        EXPECT_EQ(Shape(array), (Shape2{0, 0}));
-        EXPECT_EQ(array.GetDataPtr(), storage);
-      }
-    };
-  };
   const Failing resized =
       Always(Raise({{"Error resizing matrix:" + kWhat, "Zt::CZtMatrix<" + type + ">::Resize",
                      "source\\zt.core.math\\ZtMatrix", true}}));
-  // New and CopyFrom store the new extents before the storage fails.
-  const auto renewing = [](void (*op)(A&, const A&)) {
-    return [op](Attempt& at) {
-      A array(1, 2);
-      const A source(30, 30);
+  const A twoByThree(2, 3), big(30, 30);
+  // A matrix of `from` grown to 30 by 30, keeping its storage if and only if it fails; a failed
+  // Resize leaves no extents, New and CopyFrom store the new extents before the storage fails.
+  const auto growing = [&](Shape2 from, bool resizing, void (*op)(A&, const A&)) {
+    return [=, &big](Attempt& at) {
+      A array(from[0], from[1]);
       const void* storage = array.GetDataPtr();
-      at([&] { op(array, source); });
-      EXPECT_EQ(Shape(array), (Shape2{30, 30}));
-      EXPECT_EQ(array.GetDataPtr() == storage, at.Failed());
+      at([&] { op(array, big); });
+      if (resizing && !at.fired) return;
+      EXPECT_EQ(Shape(array), (resizing ? Shape2{0, 0} : Shape2{30, 30}));
+      EXPECT_EQ(array.GetDataPtr() == storage, at.fired);
     };
   };
+  const auto resize = [](A& array, const A&) { array.Resize(30, 30); };
+  // The copy replaces its first matrix, which stays allocated; so does the assignment.
+  const auto leaving = [](long long n) {
+    return [n](const Point& p) { return BadAlloc(p.k == p.calls ? n : 0); };
+  };
   Sweep({
-      {"default constructor", [](Attempt& at) { at([] { A a; }); }, AnyBadAlloc},
-      {"size constructor", [](Attempt& at) { at([] { A a(3, 3); }); }, AnyBadAlloc},
-      // The copy replaces its first matrix, which stays allocated.
-      {"copy constructor",
-       [](Attempt& at) {
-         const A source(2, 3);
-         at([&] { A a(source); });
-       },
-       [](const Point& p) { return BadAlloc(p.k == p.calls ? 1 : 0); }, Done(true, 1), true},
-      // So does the assignment, with the storage of the replaced matrix.
+      {"default constructor", Just([] { A a; })},
+      {"size constructor", Just([] { A a(3, 3); })},
+      {"copy constructor", Just([&] { A a(twoByThree); }), leaving(1), Done(true, 1), true},
       {"assignment",
-       [](Attempt& at) {
+       [&](Attempt& at) {
          A array(2, 2);
          array(1, 1) = T(7);
-         const A source(2, 3);
-         at([&] { array = source; });
-         if (at.Failed() && Shape(array) == Shape2{2, 2}) {
+         at([&] { array = twoByThree; });
+         if (at.fired && Shape(array) == Shape2{2, 2}) {
            EXPECT_EQ(array(1, 1), T(7));  // the new matrix was not had
          } else {
            EXPECT_EQ(Shape(array), (Shape2{2, 3}));
-           EXPECT_EQ(array.IsValid(), !at.Failed());
+           EXPECT_EQ(array.IsValid(), !at.fired);
          }
        },
-       [](const Point& p) { return BadAlloc(p.k == p.calls ? 2 : 0); }, Done(true, 2), true},
-      {"Resize from 2 by 3", resizing(2), resized},
-      {"Resize from 0 by 3", resizing(0), resized},
-      {"New", renewing([](A& array, const A&) { array.New(30, 30); }), AnyBadAlloc},
-      {"CopyFrom", renewing([](A& array, const A& source) { array.CopyFrom(&source); }),
-       AnyBadAlloc},
+       leaving(2), Done(true, 2), true},
+      {"Resize from 2 by 3", growing({2, 3}, true, resize), resized},
+      {"Resize from 0 by 3", growing({0, 3}, true, resize), resized},
+      {"New", growing({1, 2}, false, [](A& array, const A&) { array.New(30, 30); })},
+      {"CopyFrom", growing({1, 2}, false, [](A& array, const A& from) { array.CopyFrom(&from); })},
   });
 }
 
@@ -587,210 +455,165 @@ TEST(AllocationSweep, TwoDimensionalArrays) {
   Sweep2D<Zt::CZtArray2DInt, int>("int");
 }
 
-// --- Images --------------------------------------------------------------------
+// --- Images ----------------------------------------------------------------------
 
 using Zt::CZtImage;
 using Zt::CZtImageFormat;
-using Zt::EDataType;
-using Zt::EPixelType;
+using P = Zt::EPixelType;
+using D = Zt::EDataType;
 
-// An image after its block could not be had: empty, with a zero format.
-void ExpectEmpty(const Zt::IImage& image) {
+// A valid image, replaced by the operation: after a failure it is empty, with a zero format.
+void Replaced(const CZtImage& image, const Attempt& at) {
   int width = -1, height = -1;
-  EPixelType::ID pixelType{};
-  EDataType::ID dataType{};
+  P::ID pixelType{};
+  D::ID dataType{};
   image.GetSize(width, height);
   image.GetType(pixelType, dataType);
-  EXPECT_FALSE(image.IsValid());
-  EXPECT_EQ(width, 0);
-  EXPECT_EQ(height, 0);
-  EXPECT_EQ(pixelType, EPixelType::ID{});
-  EXPECT_EQ(dataType, EDataType::ID{});
+  EXPECT_EQ(image.IsValid(), !at.fired);
+  if (at.fired) {
+    EXPECT_EQ(std::tie(width, height, pixelType, dataType),
+              std::make_tuple(0, 0, P::ID{}, D::ID{}));
+  }
 }
 
 TEST(AllocationSweep, Images) {
-  const CZtImageFormat format(5, 3, EPixelType::RGB, EDataType::UShort);
-  const auto source = [&] {
-    CZtImage image(format);
-    image.SetZero();
-    return image;
-  };
-  // A valid image, replaced by the operation.
-  const auto replacing = [&](std::function<bool(CZtImage&, const CZtImage&)> op) {
-    return [op, source](Attempt& at) {
-      CZtImage image(CZtImageFormat(2, 2, EPixelType::Lum, EDataType::UByte));
-      const CZtImage from = source();
-      at([&] { return op(image, from); });
-      if (at.Failed()) {
-        ExpectEmpty(image);
-      } else {
-        EXPECT_TRUE(image.IsValid());
-      }
-    };
+  const CZtImageFormat format(5, 3, P::RGB, D::UShort);
+  CZtImage from(format);
+  from.SetZero();
+  const CZtImage empty;
+  const auto replacing = [](auto op) {
+    return On([] { return CZtImage(CZtImageFormat(2, 2, P::Lum, D::UByte)); }, Replaced, op);
   };
   // A new image, valid unless its block could not be had.
   const auto constructing = [](auto argument) {
     return [argument](Attempt& at) {
       std::optional<CZtImage> made;
       at([&] { made.emplace(argument); });
-      EXPECT_EQ(made->IsValid(), !at.Failed());
+      Valid(*made, at);
     };
   };
   const Failing refused = Always(Done(false));
-  const Failing silent = Always(Done());
   std::vector<unsigned char> pixels(format.GetByteCount());
+  std::vector<float> floats(15);
+  std::vector<double> doubles(15);
   Sweep({
-      {"Create with sizes and types", replacing([&](CZtImage& image, const CZtImage&) {
-         return image.Create(5, 3, EPixelType::RGB, EDataType::UShort);
-       }),
+      {"Create with sizes and types",
+       replacing([](auto& i) { return i.Create(5, 3, P::RGB, D::UShort); }), refused},
+      {"Create with data",
+       replacing([&](auto& i) { return i.Create(5, 3, P::RGB, D::UShort, pixels.data()); }),
        refused},
-      {"Create with data", replacing([&](CZtImage& image, const CZtImage&) {
-         return image.Create(5, 3, EPixelType::RGB, EDataType::UShort, pixels.data());
-       }),
-       refused},
-      {"Create from an IImage", replacing([](CZtImage& image, const CZtImage& from) {
+      {"Create from an IImage", replacing([&](auto& i) {
          Zt::CZtImageMoniker view;
          view.Create(from);
-         return image.Create(static_cast<const Zt::IImage*>(&view));
+         return i.Create(static_cast<const Zt::IImage*>(&view));
        }),
        refused},
-      {"Create from an image",
-       replacing([](CZtImage& image, const CZtImage& from) { return image.Create(from); }),
+      {"Create from an image", replacing([&](auto& i) { return i.Create(from); }), refused},
+      {"Create from a format", replacing([&](auto& i) { return i.Create(format); }), refused},
+      {"assignment", replacing([&](auto& i) { i = from; }), Always(Done())},
+      {"copy constructor", constructing(from), Always(Done())},
+      {"format constructor", constructing(format), Always(Done())},
+      {"ConvertType", replacing([&](auto& i) { return from.ConvertType(i, P::RGBA, D::Float); }),
        refused},
-      {"Create from a format",
-       replacing([&](CZtImage& image, const CZtImage&) { return image.Create(format); }), refused},
-      {"assignment", replacing([](CZtImage& image, const CZtImage& from) {
-         image = from;
-         return true;
-       }),
-       silent},
-      {"copy constructor", constructing(source()), silent},
-      {"format constructor", constructing(format), silent},
-      {"ConvertType", replacing([](CZtImage& image, const CZtImage& from) {
-         return from.ConvertType(image, EPixelType::RGBA, EDataType::Float);
-       }),
-       refused},
-      {"ConvertType of two images", replacing([](CZtImage& image, const CZtImage& from) {
-         return CZtImage::ConvertType(&image, &from, EPixelType::Lum, EDataType::Double, true);
+      {"ConvertType of two images", replacing([&](auto& i) {
+         return CZtImage::ConvertType(&i, &from, P::Lum, D::Double, true);
        }),
        refused},
       // Into memory that is there already: nothing to allocate.
       {"ConvertType into a view",
        [&](Attempt& at) {
-         const CZtImage from = source();
-         std::vector<float> target(15);
          Zt::CZtImageMoniker view;
-         view.Create(5, 3, EPixelType::Lum, EDataType::Float, target.data());
-         at([&] {
-           return CZtImage::ConvertType(&view, &from, EPixelType::Lum, EDataType::Float, false);
-         });
+         view.Create(5, 3, P::Lum, D::Float, floats.data());
+         at([&] { return CZtImage::ConvertType(&view, &from, P::Lum, D::Float, false); });
        },
        refused},
-      {"ConvertMemory",
-       [&](Attempt& at) {
-         std::vector<double> target(15);
-         at([&] {
-           return CZtImage::ConvertMemory(target.data(), pixels.data(),
-                                          CZtImageFormat(5, 3, EPixelType::Lum, EDataType::Double),
-                                          format);
-         });
-       },
+      {"ConvertMemory", Just([&] {
+         return CZtImage::ConvertMemory(doubles.data(), pixels.data(),
+                                        CZtImageFormat(5, 3, P::Lum, D::Double), format);
+       }),
        refused},
       // The view's raising forms: only the failure's own allocations.
       {"view Create from an empty image",
-       [](Attempt& at) {
-         const CZtImage empty;
-         Zt::CZtImageMoniker view;
-         at([&] { view.Create(empty); });
-       },
+       On([] { return std::make_unique<Zt::CZtImageMoniker>(); },
+          [&](auto& view) { view->Create(empty); }),
        AnyBadAlloc,
        Raise(
            {{"Error creating CZtImageMoniker", "Zt::CZtImageMoniker::Create", "ZtImageMoniker"}})},
   });
 }
 
-// --- Parameter map and metadata store ----------------------------------------------
+// --- Parameter map and metadata store --------------------------------------------
 
 using Zt::CZtMetaData;
 using TParMap = Zt::CZtParMap<std::string, std::string>;
 using TEvent = Zt::CZtParEvent<std::string, std::string>;
 
-const std::string kMapInit =
+const std::string kMap =
     "Zt::CZtParMap<class std::basic_string<char,struct std::char_traits<char>,class "
     "std::allocator<char> >,class std::basic_string<char,struct std::char_traits<char>,class "
-    "std::allocator<char> > >::Init";
+    "std::allocator<char> > >::";
 const char* const kMapFile = "source\\zt.core.development\\ZtParMap";
-const Link kMapOutOfMemory{kWhat, kMapInit, kMapFile, true};
+const Link kMapOutOfMemory{kWhat, kMap + "Init", kMapFile, true};
 
-// A new store: the map object first, bare when it fails; then its seven
-// tables, each reported inside "Error initializing meta-data" with the map
-// object left allocated.
+// A failure of the store, raised in `member`.
+Link Store(const std::string& message, const char* member, bool outOfMemory = false) {
+  return {message, std::string("Zt::CZtMetaData::") + member, "ZtMetaData", outOfMemory};
+}
+
+// A new store: the map object, bare when it fails; then its seven tables, wrapped, leaving the map.
 Outcome Constructing(unsigned long long k) {
-  if (k == 1) {
-    return Raise({{kWhat, "Zt::CZtMetaData::Init", "ZtMetaData", true}});
-  }
-  return Raise(
-      {{"Error initializing meta-data", "Zt::CZtMetaData::Init", "ZtMetaData"}, kMapOutOfMemory},
-      1);
+  if (k == 1) return Raise({Store(kWhat, "Init", true)});
+  return Raise({Store("Error initializing meta-data", "Init"), kMapOutOfMemory}, 1);
 }
 
 // A handler that lets every read and write pass.
-class AcceptingEvent final : public TEvent {
-public:
+struct AcceptingEvent final : TEvent {
   void OnRead(TParMap*, const std::string*) override {}
   void OnWrite(TParMap*, const std::string*) override {}
 };
 
 TEST(AllocationSweep, ParameterMap) {
   const std::string key(40, 'k');  // long enough to live on the heap
-  const std::vector<CZtString> oldList{kLong1, "b"};
-  const std::vector<CZtString> newList{kLong2, "c", "d"};
-  // A string-array parameter with an event handler, with or without a record.
-  const auto prepare = [&](Zt::CZtSafePtrRepo<TEvent>& events, TParMap& map, bool withRecord) {
-    map.Init();
-    map.GetDirectory()[key].Assign(key, Zt::ParStringArray, "",
-                                   Zt::CZtSafePtr<Zt::Constraint::CAny>(),
-                                   Zt::CZtSafePtr<TEvent>(new AcceptingEvent, &events));
-    if (withRecord) {
-      map.GetValue<std::vector<CZtString>>(key).Value = oldList;
-    }
+  const std::vector<CZtString> oldList{kLong1, "b"}, newList{kLong2, "c", "d"};
+  // A string-array parameter with an event handler, with or without a record, read or written.
+  const auto parameter = [&](bool withRecord, bool reading) {
+    return [&, withRecord, reading](Attempt& at) {
+      Zt::CZtSafePtrRepo<TEvent> events;
+      TParMap map;
+      map.Init();
+      map.GetDirectory()[key].Assign(key, Zt::ParStringArray, "",
+                                     Zt::CZtSafePtr<Zt::Constraint::CAny>(),
+                                     Zt::CZtSafePtr<TEvent>(new AcceptingEvent, &events));
+      if (withRecord) {
+        map.GetValue<std::vector<CZtString>>(key).Value = oldList;
+      }
+      std::vector<CZtString> value;
+      at([&] {
+        return reading ? map.ReadParameter(key, value) : map.WriteParameter(key, newList);
+      });
+    };
   };
-  std::vector<Row> rows{
+  Sweep({
       // A failed Init releases its tables and can run again.
       {"Init",
        [](Attempt& at) {
          TParMap map;
          at([&] { map.Init(); });
-         if (at.Failed()) {
+         if (at.fired) {
            map.Init();
          }
          EXPECT_FALSE(map.HasParameter("x"));
        },
        Always(Raise({kMapOutOfMemory}))},
-  };
-  for (bool withRecord : {false, true}) {
-    for (bool reading : {false, true}) {
-      rows.push_back({std::string(reading ? "ReadParameter" : "WriteParameter") +
-                          (withRecord ? " of a parameter with a value" : " of a new parameter"),
-                      [&, withRecord, reading](Attempt& at) {
-                        Zt::CZtSafePtrRepo<TEvent> events;
-                        TParMap map;
-                        prepare(events, map, withRecord);
-                        std::vector<CZtString> value;
-                        at([&] {
-                          return reading ? map.ReadParameter(key, value)
-                                         : map.WriteParameter(key, newList);
-                        });
-                      },
-                      AnyBadAlloc});
-    }
-  }
-  Sweep(rows);
+      {"WriteParameter of a new parameter", parameter(false, false)},
+      {"ReadParameter of a new parameter", parameter(false, true)},
+      {"WriteParameter of a parameter with a value", parameter(true, false)},
+      {"ReadParameter of a parameter with a value", parameter(true, true)},
+  });
 }
 
 TEST(AllocationSweep, MetaData) {
-  const CZtString name("a name long enough to need a block of its own");
-  const CZtString text(kLong1);
+  const CZtString name("a name long enough to need a block of its own"), text(kLong1);
   const auto filled = [&] {
     CZtMetaData store;
     store.AddElement("u", "", 1u);
@@ -802,14 +625,9 @@ TEST(AllocationSweep, MetaData) {
   const Zt::CZtArrayUInt numbers(3, 7u);
   const Zt::CZtArrayDouble reals(3, 0.5);
   const CZtArrayString texts = Texts({kLong1, kLong2, "c"});
-  // An operation on a filled store.
-  const auto on = [&](std::function<void(CZtMetaData&)> op) {
-    return [op, filled](Attempt& at) {
-      CZtMetaData store = filled();
-      at([&] { op(store); });
-    };
-  };
-  // A new element of each form, and a read of an element into a fresh value.
+  const CZtMetaData source = filled();
+  // An operation on a filled store: a new element of each form, a read into a fresh value.
+  const auto on = [&](std::function<void(CZtMetaData&)> op) { return On(filled, op); };
   const auto adding = [&](const auto& value) {
     return on([&name, &text, value](CZtMetaData& s) { s.AddElement(name + "2", text, value); });
   };
@@ -819,91 +637,70 @@ TEST(AllocationSweep, MetaData) {
       s.GetElement(element, value);
     });
   };
-  const auto mismatch = [](const char* outer, bool writing, const char* given) {
-    Links chain{{outer, writing ? "Zt::CZtMetaData::SetElement" : "Zt::CZtMetaData::GetElement",
-                 "ZtMetaData"}};
-    const std::string member = writing ? "WriteParameter" : "ReadParameter";
-    const std::string function = kMapInit.substr(0, kMapInit.size() - 4) + member;
-    if (writing) {
-      chain.push_back({"Error writing parameter", function, kMapFile});
-    }
-    chain.push_back(
-        {std::string("Wrong type for parameter; Expected type 'unsigned' differs from '") + given +
-             "'",
-         function, kMapFile, false, "Zt.ParInvalidTypeException"});
-    return Raise(chain);
+  // The map's report of a type that differs from the element's.
+  const auto wrongType = [](const char* member, const std::string& given) {
+    return Link{"Wrong type for parameter; Expected type 'unsigned' differs from '" + given + "'",
+                kMap + member, kMapFile, false, "Zt.ParInvalidTypeException"};
   };
   Sweep({
-      {"constructor", [](Attempt& at) { at([] { CZtMetaData store; }); },
+      {"constructor", Just([] { CZtMetaData store; }),
        [](const Point& p) { return Constructing(p.k); }, Done(), true},
       // A copy builds its own store, guarded, then copies, unguarded.
-      {"copy constructor",
-       [&](Attempt& at) {
-         const CZtMetaData source = filled();
-         at([&] { CZtMetaData copy(source); });
-       },
+      {"copy constructor", Just([&] { CZtMetaData copy(source); }),
        [](const Point& p) { return p.k <= 8 ? Constructing(p.k) : BadAlloc(); }, Done(), true},
       {"assignment",
        [&](Attempt& at) {
          CZtMetaData store;
          store.AddElement("x", "", 1u);
-         const CZtMetaData source = filled();
          at([&] { store = source; });
-       },
-       AnyBadAlloc},
-      {"AddElement unsigned int", adding(1u), AnyBadAlloc},
-      {"AddElement double", adding(1.5), AnyBadAlloc},
-      {"AddElement text", adding(text), AnyBadAlloc},
-      {"AddElement CZtArrayUInt", adding(numbers), AnyBadAlloc},
-      {"AddElement CZtArrayDouble", adding(reals), AnyBadAlloc},
-      {"AddElement CZtArrayString", adding(texts), AnyBadAlloc},
-      {"SetElement unsigned int", on([](CZtMetaData& s) { s.SetElement("u", 3u); }), AnyBadAlloc},
-      {"SetElement double", on([](CZtMetaData& s) { s.SetElement("d", 3.5); }), AnyBadAlloc},
-      {"SetElement text", on([](CZtMetaData& s) { s.SetElement("s", CZtString(kLong2)); }),
-       AnyBadAlloc},
-      // An element added through an array form can't be written through it:
-      // the mismatch's own allocations fail as std::bad_alloc.
+       }},
+      {"AddElement unsigned int", adding(1u)},
+      {"AddElement double", adding(1.5)},
+      {"AddElement text", adding(text)},
+      {"AddElement CZtArrayUInt", adding(numbers)},
+      {"AddElement CZtArrayDouble", adding(reals)},
+      {"AddElement CZtArrayString", adding(texts)},
+      {"SetElement unsigned int", on([](CZtMetaData& s) { s.SetElement("u", 3u); })},
+      {"SetElement double", on([](CZtMetaData& s) { s.SetElement("d", 3.5); })},
+      {"SetElement text", on([](CZtMetaData& s) { s.SetElement("s", CZtString(kLong2)); })},
+      // An element can't be written through an array form: the mismatch's allocations fail.
       {"SetElement CZtArrayString", on([&](CZtMetaData& s) { s.SetElement("u", texts); }),
-       AnyBadAlloc, mismatch("Error setting element 'u'", true, "string[]")},
+       AnyBadAlloc,
+       Raise({Store("Error setting element 'u'", "SetElement"),
+              {"Error writing parameter", kMap + "WriteParameter", kMapFile},
+              wrongType("WriteParameter", "string[]")})},
       // An array element read as unsigned creates a record.
-      {"GetElement unsigned int", getting(0u, name), AnyBadAlloc},
-      {"GetElement text", getting(CZtString(), "s"), AnyBadAlloc},
+      {"GetElement unsigned int", getting(0u, name)},
+      {"GetElement text", getting(CZtString(), "s")},
       {"GetElement CZtArrayUInt", getting(Zt::CZtArrayUInt(), "u"), AnyBadAlloc,
-       mismatch("Error getting element 'u'", false, "unsigned[]")},
+       Raise({Store("Error getting element 'u'", "GetElement"),
+              wrongType("ReadParameter", "unsigned[]")})},
       {"GetElement of an unknown name", getting(0.0, "x"), AnyBadAlloc,
-       Raise({{"Error getting element 'x'", "Zt::CZtMetaData::GetElement", "ZtMetaData"},
-              {"Element 'x' doesn't exist in meta data", "Zt::CZtMetaData::GetElement",
-               "ZtMetaData"}})},
+       Raise({Store("Error getting element 'x'", "GetElement"),
+              Store("Element 'x' doesn't exist in meta data", "GetElement")})},
       {"GetElementNameType", on([](CZtMetaData& s) {
          CZtString elementName, type;
          s.GetElementNameType(0, elementName, type);
-       }),
-       AnyBadAlloc},
-      {"HasElement", on([&](CZtMetaData& s) { (void)s.HasElement(name); }), AnyBadAlloc},
+       })},
+      {"HasElement", on([&](CZtMetaData& s) { (void)s.HasElement(name); })},
   });
 }
 
-// --- Calibration records ---------------------------------------------------------
+// --- Calibration records -----------------------------------------------------------
 
 TEST(AllocationSweep, CalibrationRecords) {
-  using Zt::CZtMetricCalibAddImageResult;
-  const auto source = [] {
-    CZtMetricCalibAddImageResult record;
-    record.m_aTexts = Texts({"a", "b"});
-    return record;
-  };
+  using Record = Zt::CZtMetricCalibAddImageResult;
+  Record from;
+  from.m_aTexts = Texts({"a", "b"});
+  const Zt::CZtMetricCalibResult result;
   Sweep({
       // The message, the two numeric arrays' objects, then the string array.
-      {"default constructor", [](Attempt& at) { at([] { CZtMetricCalibAddImageResult r; }); },
+      {"default constructor", Just([] { Record r; }),
        [](const Point& p) {
          const bool byNew = p.kind == AllocKind::New;
          return byNew && p.k != 3 ? BadAlloc() : MakingStrings({}, 0, p.kind, byNew ? 1 : p.k);
        }},
-      {"copy constructor",
-       [&](Attempt& at) {
-         const CZtMetricCalibAddImageResult from = source();
-         at([&] { CZtMetricCalibAddImageResult r(from); });
-       },
+      {"copy constructor", Just([&] { Record r(from); }),
        [](const Point& p) {
          const bool byNew = p.kind == AllocKind::New;
          return byNew && p.k <= 3 ? BadAlloc()
@@ -911,22 +708,14 @@ TEST(AllocationSweep, CalibrationRecords) {
        },
        Done(), true},
       {"assignment",
-       [&](Attempt& at) {
-         CZtMetricCalibAddImageResult record;
-         const CZtMetricCalibAddImageResult from = source();
-         at([&] { record = from; });
-         EXPECT_EQ(record.m_aTexts.IsValid(), !at.Failed());
-       },
+       On([] { return Record(); },
+          [](const Record& r, const Attempt& at) { Valid(r.m_aTexts, at); },
+          [&](Record& r) { r = from; }),
        Making({kCopying}, 2), Done(), true},
-      {"result record copy",
-       [](Attempt& at) {
-         const Zt::CZtMetricCalibResult from;
-         at([&] {
-           Zt::CZtMetricCalibResult copy(from);
-           copy = from;
-         });
-       },
-       AnyBadAlloc},
+      {"result record copy", Just([&] {
+         Zt::CZtMetricCalibResult copy(result);
+         copy = result;
+       })},
   });
 }
 
