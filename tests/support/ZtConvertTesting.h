@@ -8,11 +8,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -23,6 +21,7 @@
 
 namespace ZtTest {
 
+using Zt::Convert::ConvertOnPath;
 using Zt::Convert::EPath;
 using Bytes = std::vector<unsigned char>;
 
@@ -37,20 +36,6 @@ inline std::vector<EPath> Paths() {
 
 inline const char* PathName(EPath path) {
   return path == EPath::Baseline ? "baseline" : path == EPath::Avx2 ? "avx2" : "avx512";
-}
-
-// The paths run so far; the program fails at its end if a usable one was not.
-inline std::set<EPath>& PathsRun() {
-  static std::set<EPath> run;
-  return run;
-}
-
-// The engine's selection on one path, noted in PathsRun.
-inline bool RunOnPath(EPath path, void* target, const void* source,
-                      const Zt::CZtImageFormat& targetFormat,
-                      const Zt::CZtImageFormat& sourceFormat) {
-  PathsRun().insert(path);
-  return Zt::Convert::ConvertOnPath(path, target, source, targetFormat, sourceFormat);
 }
 
 inline int SampleBytes(EDataType::ID type) {
@@ -75,20 +60,10 @@ inline std::string Describe(EPixelType::ID sp, EDataType::ID sd, EPixelType::ID 
 constexpr unsigned char kGuard = 0xA5;
 constexpr std::size_t kGuardBytes = 64;
 
-// The conversion in hand, said when a fault on a protected page ends it all.
+// The conversion in hand, for failure messages.
 inline char g_running[256];
-extern "C" inline void SayWhatFaulted(int signal) {
-  const char head[] = "fault in a guarded conversion: ";
-  (void)!write(2, head, sizeof head - 1);
-  (void)!write(2, g_running, strnlen(g_running, sizeof g_running));
-  (void)!write(2, "\n", 1);
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
-}
-[[maybe_unused]] inline const bool g_faultsSaid = std::signal(SIGSEGV, SayWhatFaulted) != SIG_ERR;
 
-// At least `bytes` usable between two protected pages, kept for later calls
-// that fit.
+// At least `bytes` usable between two protected pages, kept for later calls.
 struct SRegion {
   unsigned char* begin = nullptr;
   std::size_t size = 0;
@@ -145,8 +120,8 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
   std::snprintf(g_running, sizeof g_running, "%s, %u pixels, %s path, runs at the %s, offset %zu",
                 Describe(sp, sd, tp, td).c_str(), count, PathName(path), atFront ? "front" : "back",
                 offset);
-  if (!RunOnPath(path, target, run, Zt::CZtImageFormat(1, 1, tp, td),
-                 Zt::CZtImageFormat(int(count), 1, sp, sd))) {
+  if (!ConvertOnPath(path, target, run, Zt::CZtImageFormat(1, 1, tp, td),
+                     Zt::CZtImageFormat(int(count), 1, sp, sd))) {
     ADD_FAILURE() << "refused: " << g_running;
     return nullptr;
   }
@@ -169,24 +144,24 @@ inline Bytes ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td, EPixelTy
   return target == nullptr ? Bytes(bytes) : Bytes(target, target + bytes);
 }
 
-// Whether the guarded conversion on every path gives the reference's bytes.
-inline ::testing::AssertionResult MatchesReference(EPixelType::ID tp, EDataType::ID td,
-                                                   EPixelType::ID sp, EDataType::ID sd,
-                                                   unsigned count, const void* source,
-                                                   bool atFront = false, std::size_t offset = 0) {
-  const Bytes expected = ZtConvertRef::ConvertImage(tp, td, sp, sd, count, source);
+// Whether the guarded conversion of `count` pixels on every path gives the
+// first bytes of `expected`.
+inline ::testing::AssertionResult MatchesReference(const Bytes& expected, EPixelType::ID tp,
+                                                   EDataType::ID td, EPixelType::ID sp,
+                                                   EDataType::ID sd, unsigned count,
+                                                   const void* source, bool atFront,
+                                                   std::size_t offset = 0) {
+  const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
   for (EPath path : Paths()) {
     const unsigned char* actual = RunGuarded(path, tp, td, sp, sd, count, source, atFront, offset);
     if (actual == nullptr) return ::testing::AssertionFailure() << "see above";
-    const auto differ = std::mismatch(expected.begin(), expected.end(), actual);
-    if (differ.first != expected.end()) {
-      return ::testing::AssertionFailure()
-             << g_running << ": target sample "
-             << (differ.first - expected.begin()) / SampleBytes(td) << " differs";
+    if (std::memcmp(actual, expected.data(), bytes) != 0) {
+      return ::testing::AssertionFailure() << "differs from the reference: " << g_running;
     }
   }
   return ::testing::AssertionSuccess();
 }
+
 // Deterministic pseudo-random bytes.
 inline Bytes RandomBytes(std::size_t size, std::uint64_t seed) {
   Bytes bytes(size);

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <iterator>
 #include <sstream>
@@ -73,9 +71,9 @@ void ExpectRunsMatch(std::size_t samples, std::size_t settings) {
                                     kFlushes[setting % std::size(kFlushes)];
             Bytes target(expected.size());
             WriteControl(caller);
-            const bool ok = RunOnPath(path, target.data(), source.data(),
-                                      Zt::CZtImageFormat(int(pixels), 1, to, td.type),
-                                      Zt::CZtImageFormat(int(pixels), 1, from, sd.type));
+            const bool ok = ConvertOnPath(path, target.data(), source.data(),
+                                          Zt::CZtImageFormat(int(pixels), 1, to, td.type),
+                                          Zt::CZtImageFormat(int(pixels), 1, from, sd.type));
             const TControl after = ReadControl();
             WriteControl(kDefault);
             const std::string context = Describe(from, sd.type, to, td.type) + ", " +
@@ -195,11 +193,10 @@ const FixedRow kFixed[] = {
     {US, UB, "65535 > 255 255 255", P::BayerGB, P::RGB},
 };
 
-// Text to the raw bytes of samples of `type`.
-Bytes Parse(EDataType::ID type, const std::string& text) {
-  std::istringstream in(text);
+// Samples of `type` from words of text up to ">" (or only one) to raw bytes.
+Bytes Parse(EDataType::ID type, std::istream& in, bool one = false) {
   Bytes bytes;
-  for (std::string word; in >> word;) {
+  for (std::string word; (!one || bytes.empty()) && in >> word && word != ">";) {
     if (type == FL) {
       Append(bytes, std::strtof(word.c_str(), nullptr));
     } else if (type == D) {
@@ -213,47 +210,22 @@ Bytes Parse(EDataType::ID type, const std::string& text) {
   return bytes;
 }
 
-bool IsNaN(EDataType::ID type, const unsigned char* sample) {
-  float f;
-  double d;
-  if (type == FL) return std::memcpy(&f, sample, 4), std::isnan(f);
-  return type == D && (std::memcpy(&d, sample, 8), std::isnan(d));
-}
-
-void ExpectFixed(const FixedRow& row, EDataType::ID to, const std::string& samples,
-                 const std::string& expectedText) {
-  const Bytes source = Parse(row.from, samples);
-  const Bytes expected = Parse(to, expectedText);
-  const unsigned count =
-      unsigned(source.size() / std::size_t(SampleBytes(row.from) * Components(row.sp)));
-  const std::size_t size = std::size_t(SampleBytes(to));
-  ASSERT_EQ(expected.size(), count * size * std::size_t(Components(row.tp))) << row.text;
-  for (EPath path : Paths()) {
-    const Bytes actual = ConvertOn(path, row.tp, to, row.sp, row.from, count, source.data());
-    for (std::size_t i = 0; i < expected.size(); i += size) {
-      const unsigned char* a = &actual[i];
-      const unsigned char* e = &expected[i];
-      EXPECT_TRUE(std::memcmp(a, e, size) == 0 || (IsNaN(to, a) && IsNaN(to, e)))
-          << Describe(row.sp, row.from, row.tp, to) << ", target sample " << i / size << " of \""
-          << row.text << "\", " << PathName(path);
-    }
-  }
-}
-
 TEST(ConvertSample, ReferenceTablesWorkedExamplesSpecialValuesAndChannels) {
   for (const FixedRow& row : kFixed) {
-    const std::string text = row.text;
-    const std::string samples = text.substr(0, text.find('>'));
-    const std::string expected = text.substr(text.find('>') + 1);
-    if (row.to != All) {
-      ExpectFixed(row, row.to, samples, expected);
-      continue;
-    }
-    std::istringstream in(expected);
+    std::istringstream in(row.text);
+    const Bytes source = Parse(row.from, in);
+    const unsigned count =
+        unsigned(source.size() / std::size_t(SampleBytes(row.from) * Components(row.sp)));
     for (const auto& to : kDataTypes) {
-      std::string one;
-      in >> one;
-      ExpectFixed(row, to.type, samples, one);
+      if (row.to != All && row.to != to.type) continue;
+      const Bytes expected = Parse(to.type, in, row.to == All);
+      ASSERT_EQ(expected.size(), count * std::size_t(to.bytes * Components(row.tp))) << row.text;
+      for (EPath path : Paths()) {
+        EXPECT_EQ(ConvertOn(path, row.tp, to.type, row.sp, row.from, count, source.data()),
+                  expected)
+            << Describe(row.sp, row.from, row.tp, to.type) << " of \"" << row.text << "\", "
+            << PathName(path);
+      }
     }
   }
 }
@@ -312,8 +284,8 @@ TEST(VectorRoutes, EqualTheirReferenceOnEveryInput) {
         for (unsigned i = 0; i < count; ++i) source[i] = std::uint32_t(begin + i);
         const Zt::CZtImageFormat sourceFormat(int(count), 1, P::Lum, row.from);
         const Zt::CZtImageFormat targetFormat(int(count), 1, P::Lum, row.to);
-        RunOnPath(row.reference, expected.data(), source.data(), targetFormat, sourceFormat);
-        RunOnPath(path, actual.data(), source.data(), targetFormat, sourceFormat);
+        ConvertOnPath(row.reference, expected.data(), source.data(), targetFormat, sourceFormat);
+        ConvertOnPath(path, actual.data(), source.data(), targetFormat, sourceFormat);
         ASSERT_EQ(
             std::memcmp(actual.data(), expected.data(), count * std::size_t(SampleBytes(row.to))),
             0)
@@ -322,38 +294,5 @@ TEST(VectorRoutes, EqualTheirReferenceOnEveryInput) {
     }
   }
 }
-
-// Targets of megabytes (stored past the caches) at several alignments.
-TEST(ConvertCells, LargeTargetsAtAnyAlignmentMatchTheReference) {
-  const struct {
-    EPixelType::ID sp;
-    EDataType::ID sd;
-    EPixelType::ID tp;
-    EDataType::ID td;
-  } cases[] = {{P::Lum, UB, P::RGBA, D}, {P::BGRA, FL, P::RGB, S}, {P::RGB, US, P::BGRA, US}};
-  constexpr unsigned kCount = 700001;
-  for (const auto& c : cases) {
-    const Bytes source = RandomBytes(kCount * std::size_t(Components(c.sp) * SampleBytes(c.sd)), 9);
-    for (std::size_t offset : {0u, 8u, 35u}) {
-      EXPECT_TRUE(MatchesReference(c.tp, c.td, c.sp, c.sd, kCount, source.data(), true, offset));
-    }
-  }
-}
-
-// At the end: every path this processor can run must have been run.
-class CPathsRun : public ::testing::Environment {
-public:
-  void TearDown() override {
-    if (PathsRun().empty()) return;  // a filter left out every conversion
-    std::string names;
-    for (EPath path : PathsRun()) names += std::string(" ") + PathName(path);
-    std::printf("conversion paths run:%s\n", names.c_str());
-    const std::vector<EPath> usable = Paths();
-    EXPECT_EQ(std::set<EPath>(usable.begin(), usable.end()), PathsRun())
-        << "a path this processor has was not run";
-  }
-};
-
-const ::testing::Environment* const kPathsRun = ::testing::AddGlobalTestEnvironment(new CPathsRun);
 
 }  // namespace
