@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -185,7 +186,7 @@ void Append(Bytes& bytes, T value) {
 // At least `count` raw samples of one type: every sample of the 8- and 16-bit
 // types, repeated; edges and random words of the 32-bit ones; for Float and
 // Double also denormals, values whose results are denormal Floats, values at
-// the saturation edges, random bit patterns (NaNs with payloads among them)
+// the saturation edges, infinities and -0, random bit patterns (NaNs with payloads among them)
 // and random values around the normalised range.
 inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
   Bytes bytes;
@@ -206,6 +207,7 @@ inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
                      1.0, -1.0, 1.0 / 3.0, 1e300}) {
       Append(bytes, d);
     }
+    for (float f : {-0.0f, INFINITY, -INFINITY, NAN}) Append(bytes, double(f));
     for (std::size_t i = 0; bytes.size() < count * 8; ++i) {
       const std::uint64_t w = word(i), denormal = w & 0x800FFFFFFFFFFFFFull;
       Append(bytes, w);
@@ -222,7 +224,7 @@ inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
       if (isFloat) Append(bytes, float(std::int32_t(edge)) * 0x1p-30f);
     }
     for (float f : {1e-45f, -1e-45f, 1e-40f, -3e-39f, 1.17549421e-38f, 1e-38f, 0.999999f, 1.0f,
-                    -1.0f, 0.5f, 1.0f / 3.0f, 1e-10f}) {
+                    -1.0f, 0.5f, 1.0f / 3.0f, 1e-10f, -0.0f, INFINITY, -INFINITY, NAN}) {
       if (isFloat) Append(bytes, f);
     }
     for (std::size_t i = 0; bytes.size() < count * 4; ++i) {

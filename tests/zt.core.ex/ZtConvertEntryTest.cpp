@@ -1,5 +1,4 @@
-// The conversion entry points of CZtImage: what each answers, what it does to
-// the target on the way, the copy for equal types, and every false.
+// The conversion entry points of CZtImage: results, the target on the way, every false.
 
 #include <gtest/gtest.h>
 
@@ -42,39 +41,32 @@ CZtImageFormat ZeroFormat() {
   return zero;
 }
 
-TEST(ConvertType, ConvertsIntoANewTargetInBothForms) {
-  const CZtImage source = Patterned(7, 3, P::BGRA, D::UShort);
-  const Bytes expected =
-      ZtConvertRef::ConvertImage(P::LumA, D::Float, P::BGRA, D::UShort, 21, source.GetDataPtr());
-  CZtImage member = Patterned(2, 2, P::RGB, D::Byte);
-  ASSERT_TRUE(source.ConvertType(member, P::LumA, D::Float));
-  EXPECT_EQ(member.GetFormat(), CZtImageFormat(7, 3, P::LumA, D::Float));
-  EXPECT_EQ(BytesOf(member), expected);
-  CZtImage created;
-  ASSERT_TRUE(CZtImage::ConvertType(&created, &source, P::LumA, D::Float, true));
-  EXPECT_EQ(created.GetFormat(), member.GetFormat());
-  EXPECT_EQ(BytesOf(created), expected);
-
-  // Without create, only the target's memory is used: its format stays.
-  CZtImage kept = Patterned(21, 2, P::Lum, D::Double);
-  ASSERT_TRUE(CZtImage::ConvertType(&kept, &source, P::LumA, D::Float, false));
-  EXPECT_EQ(kept.GetFormat(), CZtImageFormat(21, 2, P::Lum, D::Double));
-  EXPECT_EQ(BytesOf(kept, 0, expected.size()), expected);
-}
-
-TEST(ConvertType, EqualTypesCopyTheSourceBytes) {
-  const CZtImage source = Patterned(5, 4, P::BayerGB, D::Float);
-  CZtImage member;
-  ASSERT_TRUE(source.ConvertType(member, P::BayerGB, D::Float));
-  EXPECT_EQ(BytesOf(member), BytesOf(source));
-
-  // Without create the copy takes the source's 80 bytes, whatever the
-  // target's size: the rest of a larger target stays.
-  CZtImage larger = Patterned(9, 9, P::RGB, D::UByte, 2);
-  const Bytes rest = BytesOf(larger, 80);
-  ASSERT_TRUE(CZtImage::ConvertType(&larger, &source, P::BayerGB, D::Float, false));
-  EXPECT_EQ(BytesOf(larger, 0, 80), BytesOf(source));
-  EXPECT_EQ(BytesOf(larger, 80), rest);
+// Each form, converting and (equal types) copying: a created target takes the
+// source's size and the new types; without create only the target's memory is
+// used, and its format and the bytes past the run stay.
+TEST(ConvertType, ConvertsOrCopiesIntoTheTargetInEachForm) {
+  using F = CZtImageFormat;
+  const F old(21, 9, P::RGB, D::Byte);
+  for (const auto& [from, to] :
+       {std::pair{F(7, 3, P::BGRA, D::UShort), F(7, 3, P::LumA, D::Float)},
+        std::pair{F(5, 4, P::BayerGB, D::Float), F(5, 4, P::BayerGB, D::Float)}}) {
+    const CZtImage source = Patterned(from.Width, from.Height, from.PixelType, from.DataType);
+    const Bytes expected =
+        from == to
+            ? BytesOf(source)
+            : ZtConvertRef::ConvertImage(to.PixelType, to.DataType, from.PixelType, from.DataType,
+                                         from.GetPixelCount(), source.GetDataPtr());
+    for (int form = 0; form < 3; ++form) {
+      CZtImage target = Patterned(21, 9, P::RGB, D::Byte, 2);
+      Bytes want = form == 2 ? BytesOf(target) : expected;  // past the run: as it was
+      std::copy(expected.begin(), expected.end(), want.begin());
+      ASSERT_TRUE(form == 0 ? source.ConvertType(target, to.PixelType, to.DataType)
+                            : CZtImage::ConvertType(&target, &source, to.PixelType, to.DataType,
+                                                    form == 1));
+      EXPECT_EQ(target.GetFormat(), form == 2 ? old : to);
+      EXPECT_EQ(BytesOf(target), want) << "form " << form;
+    }
+  }
 }
 
 TEST(ConvertType, RefusalsLeaveTheTargetAsTheirStepLeftIt) {
