@@ -81,11 +81,10 @@ inline const SRegion& Fit(SRegion& region, std::size_t bytes) {
   return region;
 }
 
-// Converts `count` pixels on one path with both runs against protected pages,
-// at the front (the target `offset` bytes in) or at the back; only the source
-// samples the channels use lie in readable memory. `source` holds the whole
-// run, or is null to take the region's bytes. Returns the target run, or null
-// after reporting a refusal or a write beside the run on its open side.
+// Converts `count` pixels on one path with both runs against protected pages, at the front (the
+// target `offset` bytes in) or at the back; only the source samples the channels use are readable.
+// `source` holds the whole run, or is null to take the region's bytes. Returns the target run, or
+// null after reporting a refusal or a write beside the run on its open side.
 inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType::ID td,
                                        EPixelType::ID sp, EDataType::ID sd, unsigned count,
                                        const void* source, bool atFront, std::size_t offset = 0) {
@@ -108,8 +107,7 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
   if (source != nullptr && readable != 0) {
     std::memcpy(readableBegin, static_cast<const unsigned char*>(source) + skipFront, readable);
   }
-  // The run starts before the readable stretch where its first pixel has
-  // unused samples; formed as an address, the same as a caller's offset.
+  // Before the readable stretch by the first pixel's unused samples; an address, like a caller's.
   const void* run =
       reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(readableBegin) - skipFront);
   const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
@@ -136,8 +134,7 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
   return target;
 }
 
-// The target run of a guarded conversion at the back of the regions (zeros
-// after a failure, which it has reported).
+// The target run of a guarded conversion at the back (zeros after a reported failure).
 inline Bytes ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td, EPixelType::ID sp,
                        EDataType::ID sd, unsigned count, const void* source) {
   const unsigned char* target = RunGuarded(path, tp, td, sp, sd, count, source, false);
@@ -145,8 +142,7 @@ inline Bytes ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td, EPixelTy
   return target == nullptr ? Bytes(bytes) : Bytes(target, target + bytes);
 }
 
-// Whether the guarded conversion of `count` pixels on every path gives the
-// first bytes of `expected`.
+// Whether the guarded conversion of `count` pixels on every path gives `expected`'s first bytes.
 inline ::testing::AssertionResult MatchesReference(const Bytes& expected, EPixelType::ID tp,
                                                    EDataType::ID td, EPixelType::ID sp,
                                                    EDataType::ID sd, unsigned count,
@@ -183,11 +179,9 @@ void Append(Bytes& bytes, T value) {
   bytes.insert(bytes.end(), raw, raw + sizeof(T));
 }
 
-// At least `count` raw samples of one type: every sample of the 8- and 16-bit
-// types, repeated; edges and random words of the 32-bit ones; for Float and
-// Double also denormals, values whose results are denormal Floats, values at
-// the saturation edges, infinities and -0, random bit patterns (NaNs with payloads among them)
-// and random values around the normalised range.
+// At least `count` raw samples of one type: every sample of the 8- and 16-bit types; edges and
+// random words of the 32-bit ones; for Float and Double also denormals, values giving denormal
+// Floats, saturation edges, infinities, -0, NaNs, random values around the normalised range.
 inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
   Bytes bytes;
   const std::size_t size = std::size_t(SampleBytes(type));

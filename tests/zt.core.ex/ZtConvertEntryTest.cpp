@@ -109,61 +109,53 @@ TEST(ConvertType, RefusalsLeaveTheTargetAsTheirStepLeftIt) {
   }
 }
 
-TEST(ConvertMemory, CopiesEqualFormatsAndConvertsTheRestOverTheSourceCount) {
+// What ConvertMemory answers and writes (the source's first bytes, or nothing); the dispatch
+// behind it refuses what it refuses.
+TEST(ConvertMemory, AnswersAndWritesOverTheSourceCount) {
+  using F = CZtImageFormat;
   const CZtImage source = Patterned(6, 2, P::RGBA, D::Short);  // 96 bytes
-  const Bytes guards(16, kGuard);
-  // Equal formats copy the byte count, and not one more; equal types at
-  // another size run the cell over the source's 12 pixels, bit for bit.
-  for (const CZtImageFormat& targetFormat :
-       {source.GetFormat(), CZtImageFormat(1, 1, P::RGBA, D::Short)}) {
-    Bytes target(200, kGuard);
-    ASSERT_TRUE(CZtImage::ConvertMemory(target.data(), source.GetDataPtr(), targetFormat,
-                                        source.GetFormat()));
-    EXPECT_EQ(Bytes(target.begin(), target.begin() + 96), BytesOf(source));
-    EXPECT_EQ(target[96], kGuard);
-  }
-
-  // Nothing to copy or convert, and true: two reset formats, and a count
-  // that wraps to 0.
-  Bytes untouched = guards;
-  EXPECT_TRUE(
-      CZtImage::ConvertMemory(untouched.data(), source.GetDataPtr(), ZeroFormat(), ZeroFormat()));
-  EXPECT_TRUE(CZtImage::ConvertMemory(untouched.data(), source.GetDataPtr(),
-                                      CZtImageFormat(65536, 65536, P::RGB, D::Float),
-                                      CZtImageFormat(65536, 65536, P::Lum, D::UByte)));
-  EXPECT_EQ(untouched, guards);
-
-  // A Bayer format copies at equal size and is refused at another.
-  const CZtImage bayer = Patterned(3, 3, P::BayerBG, D::UByte);
-  Bytes target(16);
-  EXPECT_TRUE(CZtImage::ConvertMemory(target.data(), bayer.GetDataPtr(), bayer.GetFormat(),
-                                      bayer.GetFormat()));
-  EXPECT_FALSE(CZtImage::ConvertMemory(target.data(), bayer.GetDataPtr(),
-                                       CZtImageFormat(9, 1, P::BayerBG, D::UByte),
-                                       bayer.GetFormat()));
-}
-
-TEST(ConvertMemory, UnknownTypesOnEitherSideAnswerFalseAndWriteNothing) {
-  const CZtImage source = Patterned(4, 1, P::RGB, D::UByte);
-  Bytes target(64, kGuard);
-  const auto refused = [&](const CZtImageFormat& t, const CZtImageFormat& s) {
-    EXPECT_FALSE(CZtImage::ConvertMemory(target.data(), source.GetDataPtr(), t, s))
-        << t.ToString().ToCString() << " from " << s.ToString().ToCString();
-    EXPECT_FALSE(Dispatch::_ConvertTrgSwitch(target.data(), source.GetDataPtr(), t, s));
+  const F bayer(3, 3, P::BayerBG, D::UByte), good(4, 1, P::RGB, D::UByte),
+      lum(4, 1, P::Lum, D::Float);
+  struct Row {
+    F target, source;
+    bool ok;
+    std::size_t written;
   };
-  const CZtImageFormat good(4, 1, P::RGB, D::UByte);
+  std::vector<Row> rows = {
+      // Equal formats copy the byte count; equal types at another size run the cell over the
+      // source's 12 pixels, bit for bit.
+      {source.GetFormat(), source.GetFormat(), true, 96},
+      {F(1, 1, P::RGBA, D::Short), source.GetFormat(), true, 96},
+      // Nothing to copy or convert: two reset formats, and a count that wraps to 0.
+      {ZeroFormat(), ZeroFormat(), true, 0},
+      {F(65536, 65536, P::RGB, D::Float), F(65536, 65536, P::Lum, D::UByte), true, 0},
+      // A Bayer format copies at equal size; refused at another, and as a target of another.
+      {bayer, bayer, true, 9},
+      {F(9, 1, P::BayerBG, D::UByte), bayer, false, 0}};
+  for (EPixelType::ID p : {P::BayerRG, P::BayerBG, P::BayerGR, P::BayerGB}) {
+    rows.push_back({F(4, 1, p, D::UByte), good, false, 0});
+  }
   for (int p : kUnknownPixelTypes) {
-    refused(CZtImageFormat(4, 1, AsPixelType(p), D::Float), good);
-    refused(CZtImageFormat(4, 1, P::Lum, D::Float), CZtImageFormat(4, 1, AsPixelType(p), D::UByte));
+    rows.push_back({F(4, 1, AsPixelType(p), D::Float), good, false, 0});
+    rows.push_back({lum, F(4, 1, AsPixelType(p), D::UByte), false, 0});
   }
   for (int d : kUnknownDataTypes) {
-    refused(CZtImageFormat(4, 1, P::Lum, AsDataType(d)), good);
-    refused(CZtImageFormat(4, 1, P::Lum, D::Float), CZtImageFormat(4, 1, P::RGB, AsDataType(d)));
+    rows.push_back({F(4, 1, P::Lum, AsDataType(d)), good, false, 0});
+    rows.push_back({lum, F(4, 1, P::RGB, AsDataType(d)), false, 0});
   }
-  for (EPixelType::ID bayer : {P::BayerRG, P::BayerBG, P::BayerGR, P::BayerGB}) {
-    refused(CZtImageFormat(4, 1, bayer, D::UByte), good);
+  for (const Row& r : rows) {
+    SCOPED_TRACE(std::string(r.target.ToString().ToCString()) + " from " +
+                 r.source.ToString().ToCString());
+    Bytes target(200, kGuard), want = target;
+    std::copy_n(BytesOf(source).begin(), r.written, want.begin());
+    EXPECT_EQ(CZtImage::ConvertMemory(target.data(), source.GetDataPtr(), r.target, r.source),
+              r.ok);
+    if (!r.ok) {
+      EXPECT_FALSE(
+          Dispatch::_ConvertTrgSwitch(target.data(), source.GetDataPtr(), r.target, r.source));
+    }
+    EXPECT_EQ(target, want);
   }
-  EXPECT_EQ(target, Bytes(64, kGuard));
 }
 
 TEST(ConvertMemory, TwoThreadsConvertAtOnce) {
