@@ -164,15 +164,8 @@ const FixedRow kFixed[] = {
 Bytes Parse(EDataType::ID type, std::istream& in, bool one = false) {
   Bytes bytes;
   for (std::string word; (!one || bytes.empty()) && in >> word && word != ">";) {
-    if (type == FL) {
-      Append(bytes, std::strtof(word.c_str(), nullptr));
-    } else if (type == D) {
-      Append(bytes, std::strtod(word.c_str(), nullptr));
-    } else {
-      const long long v = std::strtoll(word.c_str(), nullptr, 10);
-      const auto* raw = reinterpret_cast<const unsigned char*>(&v);  // little-endian
-      bytes.insert(bytes.end(), raw, raw + SampleBytes(type));
-    }
+    const long double v = std::strtold(word.c_str(), nullptr);
+    ZtConvertRef::WithSampleType(type, [&](auto t) { Append(bytes, decltype(t)(v)); });
   }
   return bytes;
 }
