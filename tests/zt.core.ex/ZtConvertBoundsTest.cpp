@@ -51,22 +51,15 @@ TEST(ConvertBounds, LargeTargetsStayInsideTheirRunsAtAnyAlignment) {
       }
     }
   }
-  const struct {
-    EPixelType::ID sp;
-    EDataType::ID sd;
-    EPixelType::ID tp;
-    EDataType::ID td;
-  } cases[] = {{P::Lum, D::UByte, P::RGBA, D::Double},
-               {P::BGRA, D::Float, P::RGB, D::Short},
-               {P::RGB, D::UShort, P::BGRA, D::UShort}};
+  const std::tuple<P::ID, D::ID, P::ID, D::ID> cases[] = {{P::Lum, D::UByte, P::RGBA, D::Double},
+                                                          {P::BGRA, D::Float, P::RGB, D::Short},
+                                                          {P::RGB, D::UShort, P::BGRA, D::UShort}};
   constexpr unsigned kCount = 700001;
-  for (const auto& c : cases) {
-    const Bytes source = RandomBytes(kCount * std::size_t(Components(c.sp) * SampleBytes(c.sd)), 9);
-    const Bytes expected =
-        ZtConvertRef::ConvertImage(c.tp, c.td, c.sp, c.sd, kCount, source.data());
+  for (const auto& [sp, sd, tp, td] : cases) {
+    const Bytes source = RandomBytes(kCount * std::size_t(Components(sp) * SampleBytes(sd)), 9);
+    const Bytes expected = ZtConvertRef::ConvertImage(tp, td, sp, sd, kCount, source.data());
     for (std::size_t offset : {0u, 8u, 35u}) {
-      EXPECT_TRUE(
-          MatchesReference(expected, c.tp, c.td, c.sp, c.sd, kCount, source.data(), true, offset));
+      EXPECT_TRUE(MatchesReference(expected, tp, td, sp, sd, kCount, source.data(), true, offset));
     }
   }
 }

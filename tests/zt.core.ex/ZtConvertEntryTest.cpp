@@ -35,11 +35,8 @@ Bytes BytesOf(const CZtImage& image, std::size_t from = 0, std::size_t to = SIZE
   return Bytes(data + from, data + std::min<std::size_t>(to, image.GetByteCount()));
 }
 
-CZtImageFormat ZeroFormat() {
-  CZtImageFormat zero;
-  zero.Reset();
-  return zero;
-}
+// What Reset leaves: all four fields 0.
+const CZtImageFormat kZero(0, 0, P::ID(0), D::ID(0));
 
 // Each form, converting and (equal types) copying: a created target takes the
 // source's size and the new types; without create only the target's memory is
@@ -87,7 +84,7 @@ TEST(ConvertType, RefusalsLeaveTheTargetAsTheirStepLeftIt) {
     CZtImage refused = Patterned(3, 3, P::RGB, D::UByte);
     EXPECT_FALSE(source.ConvertType(refused, P::RGB, AsDataType(unknown)));
     EXPECT_FALSE(refused.IsValid());
-    EXPECT_EQ(refused.GetFormat(), ZeroFormat());
+    EXPECT_EQ(refused.GetFormat(), kZero);
   }
 
   // A Bayer target from another type: created, valid, and false.
@@ -127,7 +124,7 @@ TEST(ConvertMemory, AnswersAndWritesOverTheSourceCount) {
       {source.GetFormat(), source.GetFormat(), true, 96},
       {F(1, 1, P::RGBA, D::Short), source.GetFormat(), true, 96},
       // Nothing to copy or convert: two reset formats, and a count that wraps to 0.
-      {ZeroFormat(), ZeroFormat(), true, 0},
+      {kZero, kZero, true, 0},
       {F(65536, 65536, P::RGB, D::Float), F(65536, 65536, P::Lum, D::UByte), true, 0},
       // A Bayer format copies at equal size; refused at another, and as a target of another.
       {bayer, bayer, true, 9},

@@ -192,28 +192,23 @@ TEST(ConvertSample, ReferenceTablesWorkedExamplesSpecialValuesAndChannels) {
 
 // How many samples survive a trip through another type and back.
 TEST(ConvertSample, RoundTripsLoseExactlyWhatTheRuleLoses) {
-  const struct {
-    EDataType::ID type, via;
-    unsigned survivors;
-  } trips[] = {
+  const std::tuple<EDataType::ID, EDataType::ID, unsigned> trips[] = {
       {UB, D, 256},  {B, D, 256},   {S, D, 65536},   {US, D, 65536},  {UB, US, 256},
       {UB, UI, 256}, {UB, FL, 256}, {US, UI, 65536}, {US, FL, 32641}, {B, S, 130},
-      {S, I, 32770}, {B, UB, 2},    {UB, B, 2},
-  };
-  for (const auto& trip : trips) {
-    const Bytes source = SamplesOf(trip.type, 0);
-    const std::size_t size = std::size_t(SampleBytes(trip.type));
+      {S, I, 32770}, {B, UB, 2},    {UB, B, 2}};
+  for (const auto& [type, via, expected] : trips) {
+    const Bytes source = SamplesOf(type, 0);
+    const std::size_t size = std::size_t(SampleBytes(type));
     const unsigned count = unsigned(source.size() / size);
     for (EPath path : Paths()) {
-      const Bytes there =
-          ConvertOn(path, P::Lum, trip.via, P::Lum, trip.type, count, source.data());
-      const Bytes back = ConvertOn(path, P::Lum, trip.type, P::Lum, trip.via, count, there.data());
+      const Bytes there = ConvertOn(path, P::Lum, via, P::Lum, type, count, source.data());
+      const Bytes back = ConvertOn(path, P::Lum, type, P::Lum, via, count, there.data());
       unsigned survivors = 0;
       for (std::size_t i = 0; i < source.size(); i += size) {
         survivors += std::memcmp(&back[i], &source[i], size) == 0 ? 1u : 0u;
       }
-      EXPECT_EQ(survivors, trip.survivors)
-          << Describe(P::Lum, trip.type, P::Lum, trip.via) << " and back, " << PathName(path);
+      EXPECT_EQ(survivors, expected)
+          << Describe(P::Lum, type, P::Lum, via) << " and back, " << PathName(path);
     }
   }
 }
@@ -221,33 +216,29 @@ TEST(ConvertSample, RoundTripsLoseExactlyWhatTheRuleLoses) {
 // On every input: Int and UInt's fused quotient against the dividing baseline; the single-
 // precision route from Float to the narrow integers against the AVX2 path's double route.
 TEST(VectorRoutes, EqualTheirReferenceOnEveryInput) {
-  const struct {
-    EDataType::ID from, to;
-    std::uint64_t first, end;
-    EPath reference;
-  } rows[] = {{I, D, 1, 0x80000000u, EPath::Baseline}, {UI, D, 1, 0x100000000u, EPath::Baseline},
-              {FL, B, 0, 0x100000000u, EPath::Avx2},   {FL, UB, 0, 0x100000000u, EPath::Avx2},
-              {FL, S, 0, 0x100000000u, EPath::Avx2},   {FL, US, 0, 0x100000000u, EPath::Avx2}};
+  const std::tuple<EDataType::ID, EDataType::ID, std::uint64_t, std::uint64_t, EPath> rows[] = {
+      {I, D, 1, 0x80000000u, EPath::Baseline}, {UI, D, 1, 0x100000000u, EPath::Baseline},
+      {FL, B, 0, 0x100000000u, EPath::Avx2},   {FL, UB, 0, 0x100000000u, EPath::Avx2},
+      {FL, S, 0, 0x100000000u, EPath::Avx2},   {FL, US, 0, 0x100000000u, EPath::Avx2}};
   const std::vector<EPath> paths = Paths();
   constexpr unsigned kChunk = 1u << 16;  // stays in the cache
   std::vector<std::uint32_t> source(kChunk);
   Bytes expected(kChunk * 8), actual(kChunk * 8);
-  for (const auto& row : rows) {
-    if (std::find(paths.begin(), paths.end(), row.reference) == paths.end()) continue;
+  for (const auto& [from, to, first, end, reference] : rows) {
+    if (std::find(paths.begin(), paths.end(), reference) == paths.end()) continue;
     for (EPath path : paths) {
-      if (path == row.reference || path == EPath::Baseline) continue;
-      SCOPED_TRACE(Describe(P::Lum, row.from, P::Lum, row.to) + " on " + PathName(path) +
-                   " against " + PathName(row.reference));
-      for (std::uint64_t begin = row.first; begin < row.end; begin += kChunk) {
-        const unsigned count = unsigned(std::min<std::uint64_t>(kChunk, row.end - begin));
+      if (path == reference || path == EPath::Baseline) continue;
+      SCOPED_TRACE(Describe(P::Lum, from, P::Lum, to) + " on " + PathName(path) + " against " +
+                   PathName(reference));
+      for (std::uint64_t begin = first; begin < end; begin += kChunk) {
+        const unsigned count = unsigned(std::min<std::uint64_t>(kChunk, end - begin));
         for (unsigned i = 0; i < count; ++i) source[i] = std::uint32_t(begin + i);
-        const Zt::CZtImageFormat sourceFormat(int(count), 1, P::Lum, row.from);
-        const Zt::CZtImageFormat targetFormat(int(count), 1, P::Lum, row.to);
-        ConvertOnPath(row.reference, expected.data(), source.data(), targetFormat, sourceFormat);
+        const Zt::CZtImageFormat sourceFormat(int(count), 1, P::Lum, from);
+        const Zt::CZtImageFormat targetFormat(int(count), 1, P::Lum, to);
+        ConvertOnPath(reference, expected.data(), source.data(), targetFormat, sourceFormat);
         ConvertOnPath(path, actual.data(), source.data(), targetFormat, sourceFormat);
-        ASSERT_EQ(
-            std::memcmp(actual.data(), expected.data(), count * std::size_t(SampleBytes(row.to))),
-            0)
+        ASSERT_EQ(std::memcmp(actual.data(), expected.data(), count * std::size_t(SampleBytes(to))),
+                  0)
             << "in the inputs from " << begin;
       }
     }
