@@ -1,6 +1,4 @@
-# The conversion engine: sample rule, channel mapping, entry points. Linked
-# from the component objects, so that the internal selection can be run on
-# each instruction-set path.
+# The conversion engine, linked from the component objects to run each instruction-set path.
 find_package(Threads REQUIRED)
 zt_add_gtest(zt_convert_tests
   SOURCES
@@ -11,8 +9,6 @@ zt_add_gtest(zt_convert_tests
 zt_link_components(zt_convert_tests image convert
   convert_Byte convert_UByte convert_Short convert_UShort
   convert_Int convert_UInt convert_Float convert_Double)
-# valgrind models neither the floating-point control settings nor runs of
-# many megabytes, or billions of samples, in reasonable time: those tests
-# stay out of memcheck.
+# valgrind models no FP control settings, nor megabyte runs or billions of samples in time.
 set_target_properties(zt_convert_tests PROPERTIES
   ZT_MEMCHECK_ARGS "--gtest_filter=-ConvertEnvironment.*:ConvertBounds.LargeTargets*:VectorRoutes.*")

@@ -1,8 +1,7 @@
 #ifndef ZT_TESTS_CONVERTREFERENCE_H
 #define ZT_TESTS_CONVERTREFERENCE_H
 
-// The sample rule and the channel table written out plainly, sharing nothing
-// with the library: the tests' reference and the benchmarks' scalar baseline.
+// The sample rule and channel table written out plainly, sharing nothing with the library.
 
 #include <cstdint>
 #include <cstring>
@@ -14,8 +13,7 @@
 
 namespace ZtConvertRef {
 
-// Decoding to a normalised double: unsigned samples divided by their top P;
-// signed ones divided by P when positive, the others multiplied by 2^-k.
+// To a normalised double: divided by the top P, except signed values <= 0: times 2^-k.
 inline double Decode(std::int8_t v) { return v > 0 ? v / 127.0 : v * 0x1p-7; }
 inline double Decode(std::int16_t v) { return v > 0 ? v / 32767.0 : v * 0x1p-15; }
 inline double Decode(std::int32_t v) { return v > 0 ? v / 2147483647.0 : v * 0x1p-31; }
@@ -25,9 +23,8 @@ inline double Decode(std::uint32_t v) { return v / 4294967295.0; }
 inline double Decode(float v) { return double(v); }
 inline double Decode(double v) { return v; }
 
-// Encoding: scale (two-sided for signed types), the high test, the low test,
-// truncation toward zero. A NaN passes both tests and truncates to the top
-// bit alone: INT32_MIN, or 0 in the low bits of the unsigned types' 64 bits.
+// Scale (two-sided for signed types), high test, low test, truncation toward zero. A NaN passes
+// both tests and truncates to the top bit alone: INT32_MIN, or 0 in the unsigned types' low bits.
 inline std::int32_t EncodeSigned(double x, double p, double n) {
   const double y = x > 0 ? x * p : x * n;
   if (y > p) return std::int32_t(p);
@@ -71,8 +68,7 @@ T Fill() {
   return std::is_floating_point_v<T> ? T(1) : std::numeric_limits<T>::max();
 }
 
-// For each source and target layout, which source sample feeds each target
-// sample, in target memory order: 0 to 3, or F for the alpha fill.
+// Per layout pair, the source sample of each target sample in memory order, or F: the fill.
 constexpr int F = -1;
 struct Mapping {
   int targetSamples;

@@ -8,12 +8,12 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "ZtConvertDispatch.h"
@@ -23,6 +23,7 @@
 
 namespace ZtTest {
 
+using Zt::Convert::ConvertOnPath;
 using Zt::Convert::EPath;
 using Bytes = std::vector<unsigned char>;
 
@@ -37,20 +38,6 @@ inline std::vector<EPath> Paths() {
 
 inline const char* PathName(EPath path) {
   return path == EPath::Baseline ? "baseline" : path == EPath::Avx2 ? "avx2" : "avx512";
-}
-
-// The paths run so far; the program fails at its end if a usable one was not.
-inline std::set<EPath>& PathsRun() {
-  static std::set<EPath> run;
-  return run;
-}
-
-// The engine's selection on one path, noted in PathsRun.
-inline bool RunOnPath(EPath path, void* target, const void* source,
-                      const Zt::CZtImageFormat& targetFormat,
-                      const Zt::CZtImageFormat& sourceFormat) {
-  PathsRun().insert(path);
-  return Zt::Convert::ConvertOnPath(path, target, source, targetFormat, sourceFormat);
 }
 
 inline int SampleBytes(EDataType::ID type) {
@@ -75,20 +62,10 @@ inline std::string Describe(EPixelType::ID sp, EDataType::ID sd, EPixelType::ID 
 constexpr unsigned char kGuard = 0xA5;
 constexpr std::size_t kGuardBytes = 64;
 
-// The conversion in hand, said when a fault on a protected page ends it all.
+// The conversion in hand, for failure messages.
 inline char g_running[256];
-extern "C" inline void SayWhatFaulted(int signal) {
-  const char head[] = "fault in a guarded conversion: ";
-  (void)!write(2, head, sizeof head - 1);
-  (void)!write(2, g_running, strnlen(g_running, sizeof g_running));
-  (void)!write(2, "\n", 1);
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
-}
-[[maybe_unused]] inline const bool g_faultsSaid = std::signal(SIGSEGV, SayWhatFaulted) != SIG_ERR;
 
-// At least `bytes` usable between two protected pages, kept for later calls
-// that fit.
+// At least `bytes` usable between two protected pages, kept for later calls.
 struct SRegion {
   unsigned char* begin = nullptr;
   std::size_t size = 0;
@@ -105,11 +82,10 @@ inline const SRegion& Fit(SRegion& region, std::size_t bytes) {
   return region;
 }
 
-// Converts `count` pixels on one path with both runs against protected pages,
-// at the front (the target `offset` bytes in) or at the back; only the source
-// samples the channels use lie in readable memory. `source` holds the whole
-// run, or is null to take the region's bytes. Returns the target run, or null
-// after reporting a refusal or a write beside the run on its open side.
+// Converts `count` pixels on one path with both runs against protected pages, at the front (the
+// target `offset` bytes in) or at the back; only the source samples the channels use are readable.
+// `source` holds the whole run, or is null to take the region's bytes. Returns the target run, or
+// null after reporting a refusal or a write beside the run on its open side.
 inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType::ID td,
                                        EPixelType::ID sp, EDataType::ID sd, unsigned count,
                                        const void* source, bool atFront, std::size_t offset = 0) {
@@ -132,8 +108,7 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
   if (source != nullptr && readable != 0) {
     std::memcpy(readableBegin, static_cast<const unsigned char*>(source) + skipFront, readable);
   }
-  // The run starts before the readable stretch where its first pixel has
-  // unused samples; formed as an address, the same as a caller's offset.
+  // Before the readable stretch by the first pixel's unused samples; an address, like a caller's.
   const void* run =
       reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(readableBegin) - skipFront);
   const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
@@ -145,8 +120,8 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
   std::snprintf(g_running, sizeof g_running, "%s, %u pixels, %s path, runs at the %s, offset %zu",
                 Describe(sp, sd, tp, td).c_str(), count, PathName(path), atFront ? "front" : "back",
                 offset);
-  if (!RunOnPath(path, target, run, Zt::CZtImageFormat(1, 1, tp, td),
-                 Zt::CZtImageFormat(int(count), 1, sp, sd))) {
+  if (!ConvertOnPath(path, target, run, Zt::CZtImageFormat(1, 1, tp, td),
+                     Zt::CZtImageFormat(int(count), 1, sp, sd))) {
     ADD_FAILURE() << "refused: " << g_running;
     return nullptr;
   }
@@ -160,8 +135,7 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
   return target;
 }
 
-// The target run of a guarded conversion at the back of the regions (zeros
-// after a failure, which it has reported).
+// The target run of a guarded conversion at the back (zeros after a reported failure).
 inline Bytes ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td, EPixelType::ID sp,
                        EDataType::ID sd, unsigned count, const void* source) {
   const unsigned char* target = RunGuarded(path, tp, td, sp, sd, count, source, false);
@@ -169,24 +143,23 @@ inline Bytes ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td, EPixelTy
   return target == nullptr ? Bytes(bytes) : Bytes(target, target + bytes);
 }
 
-// Whether the guarded conversion on every path gives the reference's bytes.
-inline ::testing::AssertionResult MatchesReference(EPixelType::ID tp, EDataType::ID td,
-                                                   EPixelType::ID sp, EDataType::ID sd,
-                                                   unsigned count, const void* source,
-                                                   bool atFront = false, std::size_t offset = 0) {
-  const Bytes expected = ZtConvertRef::ConvertImage(tp, td, sp, sd, count, source);
+// Whether the guarded conversion of `count` pixels on every path gives `expected`'s first bytes.
+inline ::testing::AssertionResult MatchesReference(const Bytes& expected, EPixelType::ID tp,
+                                                   EDataType::ID td, EPixelType::ID sp,
+                                                   EDataType::ID sd, unsigned count,
+                                                   const void* source, bool atFront,
+                                                   std::size_t offset = 0) {
+  const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
   for (EPath path : Paths()) {
     const unsigned char* actual = RunGuarded(path, tp, td, sp, sd, count, source, atFront, offset);
     if (actual == nullptr) return ::testing::AssertionFailure() << "see above";
-    const auto differ = std::mismatch(expected.begin(), expected.end(), actual);
-    if (differ.first != expected.end()) {
-      return ::testing::AssertionFailure()
-             << g_running << ": target sample "
-             << (differ.first - expected.begin()) / SampleBytes(td) << " differs";
+    if (std::memcmp(actual, expected.data(), bytes) != 0) {
+      return ::testing::AssertionFailure() << "differs from the reference: " << g_running;
     }
   }
   return ::testing::AssertionSuccess();
 }
+
 // Deterministic pseudo-random bytes.
 inline Bytes RandomBytes(std::size_t size, std::uint64_t seed) {
   Bytes bytes(size);
@@ -207,11 +180,9 @@ void Append(Bytes& bytes, T value) {
   bytes.insert(bytes.end(), raw, raw + sizeof(T));
 }
 
-// At least `count` raw samples of one type: every sample of the 8- and 16-bit
-// types, repeated; edges and random words of the 32-bit ones; for Float and
-// Double also denormals, values whose results are denormal Floats, values at
-// the saturation edges, random bit patterns (NaNs with payloads among them)
-// and random values around the normalised range.
+// At least `count` raw samples of one type: every sample of the 8- and 16-bit types; edges and
+// random words of the 32-bit ones; for Float and Double also denormals, values giving denormal
+// Floats, saturation edges, infinities, -0, NaNs, random values around the normalised range.
 inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
   Bytes bytes;
   const std::size_t size = std::size_t(SampleBytes(type));
@@ -231,6 +202,7 @@ inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
                      1.0, -1.0, 1.0 / 3.0, 1e300}) {
       Append(bytes, d);
     }
+    for (float f : {-0.0f, INFINITY, -INFINITY, NAN}) Append(bytes, double(f));
     for (std::size_t i = 0; bytes.size() < count * 8; ++i) {
       const std::uint64_t w = word(i), denormal = w & 0x800FFFFFFFFFFFFFull;
       Append(bytes, w);
@@ -247,7 +219,7 @@ inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
       if (isFloat) Append(bytes, float(std::int32_t(edge)) * 0x1p-30f);
     }
     for (float f : {1e-45f, -1e-45f, 1e-40f, -3e-39f, 1.17549421e-38f, 1e-38f, 0.999999f, 1.0f,
-                    -1.0f, 0.5f, 1.0f / 3.0f, 1e-10f}) {
+                    -1.0f, 0.5f, 1.0f / 3.0f, 1e-10f, -0.0f, INFINITY, -INFINITY, NAN}) {
       if (isFloat) Append(bytes, f);
     }
     for (std::size_t i = 0; bytes.size() < count * 4; ++i) {

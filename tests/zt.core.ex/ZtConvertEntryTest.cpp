@@ -1,5 +1,4 @@
-// The conversion entry points of CZtImage: what each answers, what it does to
-// the target on the way, the copy for equal types, and every false.
+// The conversion entry points of CZtImage: results, the target on the way, every false.
 
 #include <gtest/gtest.h>
 
@@ -36,45 +35,35 @@ Bytes BytesOf(const CZtImage& image, std::size_t from = 0, std::size_t to = SIZE
   return Bytes(data + from, data + std::min<std::size_t>(to, image.GetByteCount()));
 }
 
-CZtImageFormat ZeroFormat() {
-  CZtImageFormat zero;
-  zero.Reset();
-  return zero;
-}
+// What Reset leaves: all four fields 0.
+const CZtImageFormat kZero(0, 0, P::ID(0), D::ID(0));
 
-TEST(ConvertType, ConvertsIntoANewTargetInBothForms) {
-  const CZtImage source = Patterned(7, 3, P::BGRA, D::UShort);
-  const Bytes expected =
-      ZtConvertRef::ConvertImage(P::LumA, D::Float, P::BGRA, D::UShort, 21, source.GetDataPtr());
-  CZtImage member = Patterned(2, 2, P::RGB, D::Byte);
-  ASSERT_TRUE(source.ConvertType(member, P::LumA, D::Float));
-  EXPECT_EQ(member.GetFormat(), CZtImageFormat(7, 3, P::LumA, D::Float));
-  EXPECT_EQ(BytesOf(member), expected);
-  CZtImage created;
-  ASSERT_TRUE(CZtImage::ConvertType(&created, &source, P::LumA, D::Float, true));
-  EXPECT_EQ(created.GetFormat(), member.GetFormat());
-  EXPECT_EQ(BytesOf(created), expected);
-
-  // Without create, only the target's memory is used: its format stays.
-  CZtImage kept = Patterned(21, 2, P::Lum, D::Double);
-  ASSERT_TRUE(CZtImage::ConvertType(&kept, &source, P::LumA, D::Float, false));
-  EXPECT_EQ(kept.GetFormat(), CZtImageFormat(21, 2, P::Lum, D::Double));
-  EXPECT_EQ(BytesOf(kept, 0, expected.size()), expected);
-}
-
-TEST(ConvertType, EqualTypesCopyTheSourceBytes) {
-  const CZtImage source = Patterned(5, 4, P::BayerGB, D::Float);
-  CZtImage member;
-  ASSERT_TRUE(source.ConvertType(member, P::BayerGB, D::Float));
-  EXPECT_EQ(BytesOf(member), BytesOf(source));
-
-  // Without create the copy takes the source's 80 bytes, whatever the
-  // target's size: the rest of a larger target stays.
-  CZtImage larger = Patterned(9, 9, P::RGB, D::UByte, 2);
-  const Bytes rest = BytesOf(larger, 80);
-  ASSERT_TRUE(CZtImage::ConvertType(&larger, &source, P::BayerGB, D::Float, false));
-  EXPECT_EQ(BytesOf(larger, 0, 80), BytesOf(source));
-  EXPECT_EQ(BytesOf(larger, 80), rest);
+// Each form, converting and (equal types) copying: a created target takes the
+// source's size and the new types; without create only the target's memory is
+// used, and its format and the bytes past the run stay.
+TEST(ConvertType, ConvertsOrCopiesIntoTheTargetInEachForm) {
+  using F = CZtImageFormat;
+  const F old(21, 9, P::RGB, D::Byte);
+  for (const auto& [from, to] :
+       {std::pair{F(7, 3, P::BGRA, D::UShort), F(7, 3, P::LumA, D::Float)},
+        std::pair{F(5, 4, P::BayerGB, D::Float), F(5, 4, P::BayerGB, D::Float)}}) {
+    const CZtImage source = Patterned(from.Width, from.Height, from.PixelType, from.DataType);
+    const Bytes expected =
+        from == to
+            ? BytesOf(source)
+            : ZtConvertRef::ConvertImage(to.PixelType, to.DataType, from.PixelType, from.DataType,
+                                         from.GetPixelCount(), source.GetDataPtr());
+    for (int form = 0; form < 3; ++form) {
+      CZtImage target = Patterned(21, 9, P::RGB, D::Byte, 2);
+      Bytes want = form == 2 ? BytesOf(target) : expected;  // past the run: as it was
+      std::copy(expected.begin(), expected.end(), want.begin());
+      ASSERT_TRUE(form == 0 ? source.ConvertType(target, to.PixelType, to.DataType)
+                            : CZtImage::ConvertType(&target, &source, to.PixelType, to.DataType,
+                                                    form == 1));
+      EXPECT_EQ(target.GetFormat(), form == 2 ? old : to);
+      EXPECT_EQ(BytesOf(target), want) << "form " << form;
+    }
+  }
 }
 
 TEST(ConvertType, RefusalsLeaveTheTargetAsTheirStepLeftIt) {
@@ -95,7 +84,7 @@ TEST(ConvertType, RefusalsLeaveTheTargetAsTheirStepLeftIt) {
     CZtImage refused = Patterned(3, 3, P::RGB, D::UByte);
     EXPECT_FALSE(source.ConvertType(refused, P::RGB, AsDataType(unknown)));
     EXPECT_FALSE(refused.IsValid());
-    EXPECT_EQ(refused.GetFormat(), ZeroFormat());
+    EXPECT_EQ(refused.GetFormat(), kZero);
   }
 
   // A Bayer target from another type: created, valid, and false.
@@ -117,61 +106,53 @@ TEST(ConvertType, RefusalsLeaveTheTargetAsTheirStepLeftIt) {
   }
 }
 
-TEST(ConvertMemory, CopiesEqualFormatsAndConvertsTheRestOverTheSourceCount) {
+// What ConvertMemory answers and writes (the source's first bytes, or nothing); the dispatch
+// behind it refuses what it refuses.
+TEST(ConvertMemory, AnswersAndWritesOverTheSourceCount) {
+  using F = CZtImageFormat;
   const CZtImage source = Patterned(6, 2, P::RGBA, D::Short);  // 96 bytes
-  const Bytes guards(16, kGuard);
-  // Equal formats copy the byte count, and not one more; equal types at
-  // another size run the cell over the source's 12 pixels, bit for bit.
-  for (const CZtImageFormat& targetFormat :
-       {source.GetFormat(), CZtImageFormat(1, 1, P::RGBA, D::Short)}) {
-    Bytes target(200, kGuard);
-    ASSERT_TRUE(CZtImage::ConvertMemory(target.data(), source.GetDataPtr(), targetFormat,
-                                        source.GetFormat()));
-    EXPECT_EQ(Bytes(target.begin(), target.begin() + 96), BytesOf(source));
-    EXPECT_EQ(target[96], kGuard);
-  }
-
-  // Nothing to copy or convert, and true: two reset formats, and a count
-  // that wraps to 0.
-  Bytes untouched = guards;
-  EXPECT_TRUE(
-      CZtImage::ConvertMemory(untouched.data(), source.GetDataPtr(), ZeroFormat(), ZeroFormat()));
-  EXPECT_TRUE(CZtImage::ConvertMemory(untouched.data(), source.GetDataPtr(),
-                                      CZtImageFormat(65536, 65536, P::RGB, D::Float),
-                                      CZtImageFormat(65536, 65536, P::Lum, D::UByte)));
-  EXPECT_EQ(untouched, guards);
-
-  // A Bayer format copies at equal size and is refused at another.
-  const CZtImage bayer = Patterned(3, 3, P::BayerBG, D::UByte);
-  Bytes target(16);
-  EXPECT_TRUE(CZtImage::ConvertMemory(target.data(), bayer.GetDataPtr(), bayer.GetFormat(),
-                                      bayer.GetFormat()));
-  EXPECT_FALSE(CZtImage::ConvertMemory(target.data(), bayer.GetDataPtr(),
-                                       CZtImageFormat(9, 1, P::BayerBG, D::UByte),
-                                       bayer.GetFormat()));
-}
-
-TEST(ConvertMemory, UnknownTypesOnEitherSideAnswerFalseAndWriteNothing) {
-  const CZtImage source = Patterned(4, 1, P::RGB, D::UByte);
-  Bytes target(64, kGuard);
-  const auto refused = [&](const CZtImageFormat& t, const CZtImageFormat& s) {
-    EXPECT_FALSE(CZtImage::ConvertMemory(target.data(), source.GetDataPtr(), t, s))
-        << t.ToString().ToCString() << " from " << s.ToString().ToCString();
-    EXPECT_FALSE(Dispatch::_ConvertTrgSwitch(target.data(), source.GetDataPtr(), t, s));
+  const F bayer(3, 3, P::BayerBG, D::UByte), good(4, 1, P::RGB, D::UByte),
+      lum(4, 1, P::Lum, D::Float);
+  struct Row {
+    F target, source;
+    bool ok;
+    std::size_t written;
   };
-  const CZtImageFormat good(4, 1, P::RGB, D::UByte);
+  std::vector<Row> rows = {
+      // Equal formats copy the byte count; equal types at another size run the cell over the
+      // source's 12 pixels, bit for bit.
+      {source.GetFormat(), source.GetFormat(), true, 96},
+      {F(1, 1, P::RGBA, D::Short), source.GetFormat(), true, 96},
+      // Nothing to copy or convert: two reset formats, and a count that wraps to 0.
+      {kZero, kZero, true, 0},
+      {F(65536, 65536, P::RGB, D::Float), F(65536, 65536, P::Lum, D::UByte), true, 0},
+      // A Bayer format copies at equal size; refused at another, and as a target of another.
+      {bayer, bayer, true, 9},
+      {F(9, 1, P::BayerBG, D::UByte), bayer, false, 0}};
+  for (EPixelType::ID p : {P::BayerRG, P::BayerBG, P::BayerGR, P::BayerGB}) {
+    rows.push_back({F(4, 1, p, D::UByte), good, false, 0});
+  }
   for (int p : kUnknownPixelTypes) {
-    refused(CZtImageFormat(4, 1, AsPixelType(p), D::Float), good);
-    refused(CZtImageFormat(4, 1, P::Lum, D::Float), CZtImageFormat(4, 1, AsPixelType(p), D::UByte));
+    rows.push_back({F(4, 1, AsPixelType(p), D::Float), good, false, 0});
+    rows.push_back({lum, F(4, 1, AsPixelType(p), D::UByte), false, 0});
   }
   for (int d : kUnknownDataTypes) {
-    refused(CZtImageFormat(4, 1, P::Lum, AsDataType(d)), good);
-    refused(CZtImageFormat(4, 1, P::Lum, D::Float), CZtImageFormat(4, 1, P::RGB, AsDataType(d)));
+    rows.push_back({F(4, 1, P::Lum, AsDataType(d)), good, false, 0});
+    rows.push_back({lum, F(4, 1, P::RGB, AsDataType(d)), false, 0});
   }
-  for (EPixelType::ID bayer : {P::BayerRG, P::BayerBG, P::BayerGR, P::BayerGB}) {
-    refused(CZtImageFormat(4, 1, bayer, D::UByte), good);
+  for (const Row& r : rows) {
+    SCOPED_TRACE(std::string(r.target.ToString().ToCString()) + " from " +
+                 r.source.ToString().ToCString());
+    Bytes target(200, kGuard), want = target;
+    std::copy_n(BytesOf(source).begin(), r.written, want.begin());
+    EXPECT_EQ(CZtImage::ConvertMemory(target.data(), source.GetDataPtr(), r.target, r.source),
+              r.ok);
+    if (!r.ok) {
+      EXPECT_FALSE(
+          Dispatch::_ConvertTrgSwitch(target.data(), source.GetDataPtr(), r.target, r.source));
+    }
+    EXPECT_EQ(target, want);
   }
-  EXPECT_EQ(target, Bytes(64, kGuard));
 }
 
 TEST(ConvertMemory, TwoThreadsConvertAtOnce) {
