@@ -120,30 +120,4 @@ TEST(CZtImagePixel, EveryTypeMovesBitForBitAtWidthTimesYPlusXWrappedToSigned32Bi
   });
 }
 
-// Writes one pixel type at index w and reads another at index r, each
-// stepping by its own size whatever the image's format.
-template <class Written, class Read>
-void ExpectOwnSteps(EPixelType::ID p, EDataType::ID d, int w, int r) {
-  CZtImage image(CZtImageFormat(8, 2, p, d));
-  image.SetZero();
-  const Written written = Patterned<Written>(1);
-  image.SetPixel(written, w, 0);
-  Read read = Patterned<Read>(2);
-  image.GetPixel(read, r, 0);
-  const auto* bytes = static_cast<const unsigned char*>(image.GetDataPtr());
-  EXPECT_EQ(std::memcmp(bytes + w * sizeof(Written), &written, sizeof(Written)), 0);
-  EXPECT_EQ(std::memcmp(bytes + r * sizeof(Read), &read, sizeof(Read)), 0);
-}
-
-TEST(CZtImagePixel, OnlySampleWidthAndCountMatterNotThePixelsTypes) {
-  // Same width and count: what one type writes, the other reads back.
-  ExpectOwnSteps<TPixelBayerGR<unsigned short>, TPixelLum<unsigned short>>(
-      EPixelType::Lum, EDataType::UShort, 11, 11);
-  ExpectOwnSteps<TPixelRGBA<float>, TPixelBGRA<int>>(EPixelType::RGBA, EDataType::UInt, 15, 15);
-  // Other sizes: each steps by its own size, overlapping what the other wrote.
-  ExpectOwnSteps<TPixelLum<unsigned char>, TPixelRGBA<unsigned char>>(EPixelType::Lum,
-                                                                      EDataType::UByte, 12, 3);
-  ExpectOwnSteps<TPixelLumA<double>, TPixelLum<short>>(EPixelType::Lum, EDataType::Double, 1, 9);
-}
-
 }  // namespace
