@@ -38,11 +38,8 @@ bool SameBytes(const CZtImage& a, const CZtImage& b) {
          std::memcmp(a.GetDataPtr(), b.GetDataPtr(), a.GetByteCount()) == 0;
 }
 
-bool IsZeroFormat(const CZtImage& image) {
-  CZtImageFormat zero;
-  zero.Reset();
-  return image.GetFormat() == zero;
-}
+const CZtImageFormat kZero(0, 0, AsPixelType(0), AsDataType(0));
+bool IsZeroFormat(const CZtImage& image) { return image.GetFormat() == kZero; }
 
 TEST(CZtImage, EveryKnownPairHasItsSizesAndTextAndMakesAnImageThatAnswersFromIt) {
   for (const auto& p : kPixelTypes) {
@@ -53,19 +50,21 @@ TEST(CZtImage, EveryKnownPairHasItsSizesAndTextAndMakesAnImageThatAnswersFromIt)
       EXPECT_EQ(Sizes(f), std::make_tuple(p.components, bytes, 21u, byteCount));
       EXPECT_EQ(Text(f), std::string("7x3, ") + p.name + ", " + d.name);
       EXPECT_EQ(f.IsBayerPixelType(), std::string(p.name).rfind("Bayer", 0) == 0) << p.name;
-      CZtImage image;
-      ASSERT_TRUE(image.Create(7, 3, p.type, d.type)) << Text(f);
+      CZtImage image = Patterned(7, 3, p.type, d.type);
       int w = 0, h = 0;
-      image.GetSize(w, h);
       EPixelType::ID pt{};
       EDataType::ID dt{};
-      image.GetType(pt, dt);
+      image.GetSize(w, h), image.GetType(pt, dt);
       EXPECT_EQ(std::make_tuple(image.GetBytesPerPixel(), image.GetPixelCount(),
-                                image.GetByteCount(), w, h, pt, dt),
-                std::make_tuple(bytes, 21u, byteCount, 7, 3, p.type, d.type));
-      EXPECT_TRUE(image.IsValid() && image.IsOfType(p.type, d.type));
-      EXPECT_FALSE(image.IsOfType(p.type, EDataType::ID(0)));
-      EXPECT_EQ(image.GetFormat(), f);
+                                image.GetByteCount(), w, h, pt, dt, image.GetFormat()),
+                std::make_tuple(bytes, 21u, byteCount, 7, 3, p.type, d.type, f));
+      EXPECT_TRUE(image.IsValid() && image.IsOfType(p.type, d.type) &&
+                  !image.IsOfType(p.type, EDataType::ID(0)));
+      // Normalize takes Lum Float only and refuses every other format unchanged.
+      const CZtImage before(image);
+      const bool lumFloat = p.type == EPixelType::Lum && d.type == EDataType::Float;
+      EXPECT_EQ(image.Normalize(), lumFloat) << Text(f);
+      EXPECT_TRUE(lumFloat || SameBytes(image, before));
     }
   }
 }
@@ -116,11 +115,9 @@ TEST(CZtImageFormat, SizesWrapModulo2To32) {
 }
 
 TEST(CZtImageFormat, ResetCopyAndComparison) {
-  CZtImageFormat f(640, 480, EPixelType::RGB, EDataType::UByte), g;
+  CZtImageFormat f(640, 480, EPixelType::RGB, EDataType::UByte);
   EXPECT_EQ(Text(f), "640x480, RGB, UByte");
-  g = f;
-  EXPECT_TRUE(g == f && !(g != f));
-  EXPECT_TRUE(g.DataType == EDataType::UByte && g.PixelType == EPixelType::RGB);
+  EXPECT_TRUE(f == CZtImageFormat(640, 480, EPixelType::RGB, EDataType::UByte) && !(f != f));
   // Each field on its own makes two formats unequal, even at equal byte counts.
   for (const CZtImageFormat& other : {CZtImageFormat{641, 480, EPixelType::RGB, EDataType::UByte},
                                       CZtImageFormat{640, 481, EPixelType::RGB, EDataType::UByte},
@@ -129,8 +126,7 @@ TEST(CZtImageFormat, ResetCopyAndComparison) {
     EXPECT_TRUE(f != other && !(f == other));
   }
   f.Reset();
-  EXPECT_EQ(Text(f), "0x0, None, Void");
-  EXPECT_TRUE(f.Width == 0 && static_cast<int>(f.DataType) == 0);
+  EXPECT_TRUE(f == kZero && Text(f) == "0x0, None, Void");
   EXPECT_EQ(Sizes(f), std::make_tuple(0, 0, 0u, 0u));
   static_assert(sizeof(CZtImageFormat) == 16, "four 32-bit fields, nothing else");
 }
@@ -227,7 +223,6 @@ Floats Normalized(Floats samples, bool* result = nullptr) {
 }
 
 TEST(CZtImage, NormalizeStretchesLumFloatInSinglePrecisionFromFixedExtremes) {
-  EXPECT_EQ(Normalized({2.0f, 4.0f, 3.0f}), (Floats{0.0f, 1.0f, 0.5f}));
   // Each sample: (v - min) / range, subtraction and division in float.
   const float a = 0.1f, b = 0.7f, c = 0.3f, range = b - a;
   EXPECT_EQ(Normalized({a, b, c}), (Floats{0.0f, (b - a) / range, (c - a) / range}));
@@ -248,16 +243,6 @@ TEST(CZtImage, NormalizeStretchesLumFloatInSinglePrecisionFromFixedExtremes) {
   EXPECT_TRUE(withNan[1] == 0.0f && withNan[2] == 1.0f);
   const auto withInf = Normalized({0.0f, std::numeric_limits<float>::infinity()});
   EXPECT_TRUE(withInf[0] == 0.0f && std::isnan(withInf[1]));
-  // Every other format is refused unchanged, a zero format among them.
-  for (const auto& p : kPixelTypes) {
-    for (const auto& d : kDataTypes) {
-      if (p.type == EPixelType::Lum && d.type == EDataType::Float) continue;
-      CZtImage image = Patterned(2, 2, p.type, d.type);
-      const CZtImage before(image);
-      EXPECT_FALSE(image.Normalize()) << p.name << " " << d.name;
-      EXPECT_TRUE(SameBytes(image, before));
-    }
-  }
   CZtImage destroyed = Patterned(1, 1, EPixelType::Lum, EDataType::Float);
   destroyed.Destroy();
   EXPECT_FALSE(destroyed.Normalize());
