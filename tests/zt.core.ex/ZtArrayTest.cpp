@@ -62,15 +62,14 @@ Values Dump(const A& array) {
 // holding 1, 2, 3, ... in linear order.
 template <class F>
 typename F::Array Counting(unsigned long long rows, unsigned long long columns) {
-  std::optional<typename F::Array> array;
-  if constexpr (F::Rank == 2) {
-    array.emplace(rows, columns);
-  } else {
-    array.emplace(rows * columns);
-  }
+  using A = typename F::Array;
+  A array = [&] {  // no copy: a matrix's copy keeps the replaced one allocated
+    if constexpr (F::Rank == 2) return A(rows, columns);
+    if constexpr (F::Rank == 1) return A(rows * columns);
+  }();
   for (unsigned long long i = 0; i < rows * columns; ++i)
-    array->GetDataPtr()[i] = static_cast<typename F::Elem>(i + 1);
-  return *array;
+    array.GetDataPtr()[i] = static_cast<typename F::Elem>(i + 1);
+  return array;
 }
 
 template <class F>
@@ -260,6 +259,53 @@ TYPED_TEST(TwoDimensionalArray, ElementAccessNeedsStorageAndIndicesInsideTheExte
   A resized = Counting<TypeParam>(2, 2), renewed = Counting<TypeParam>(2, 2);
   EXPECT_THROW(resized.Resize(~0ull, 2), std::length_error);
   EXPECT_THROW(renewed.New(~0ull / 2, 1), std::length_error);
+}
+
+TEST(TwoDimensionalArrays, NewKeepsLinearPlacesAndResizeKeepsRowAndColumn) {
+  const struct {
+    unsigned long long fromRows, fromColumns;
+    bool resize;  // Resize, else New
+    unsigned long long rows, columns;
+    Values expected;
+  } cases[] = {
+      {2, 2, true, 3, 3, {3, 3, 1, 2, 0, 3, 4, 0, 0, 0, 0}},
+      {2, 2, false, 3, 3, {3, 3, 1, 2, 3, 4, 0, 0, 0, 0, 0}},
+      {3, 4, true, 2, 2, {2, 2, 1, 2, 5, 6}},
+      {3, 4, false, 2, 2, {2, 2, 1, 2, 3, 4}},
+      {2, 3, true, 3, 1, {3, 1, 1, 4, 0}},
+      {2, 3, true, 2, 3, {2, 3, 1, 2, 3, 4, 5, 6}},
+      {2, 2, true, 0, 5, {0, 0}},  // Resize makes both extents 0 ...
+      {2, 2, true, 3, 0, {0, 0}},
+      {2, 2, false, 0, 5, {0, 5}},  // ... where New keeps them
+      {0, 5, true, 2, 3, {2, 3, 0, 0, 0, 0, 0, 0}},
+  };
+  for (const auto& c : cases) {
+    CZtArray2DInt m = Counting<Int2DFamily>(c.fromRows, c.fromColumns);
+    c.resize ? m.Resize(c.rows, c.columns) : m.New(c.rows, c.columns);
+    EXPECT_EQ(Dump(m), c.expected) << &c - cases;
+  }
+}
+
+TEST(TwoDimensionalArrays, ValidityFollowsStorageAndCopyFromTakesExtentsAndBytes) {
+  CZtArray2DInt m;
+  const CZtArray2DInt empty;
+  m.Reset();  // 0 by 0: nothing to clear
+  m.New(0, 3);
+  EXPECT_FALSE(m.IsValid());
+  m.New(2, 3);
+  for (int i = 0; i < 6; ++i) m.GetDataPtr()[i] = i + 1;
+  const void* storage = m.GetPointer();
+  m.Reset();
+  EXPECT_EQ(Dump(m), (Values{2, 3, 0, 0, 0, 0, 0, 0}));
+  m.Delete();
+  EXPECT_EQ(Dump(m), (Values{0, 0}));
+  EXPECT_TRUE(m.IsValid() && m.GetPointer() == storage);
+  // CopyFrom also from itself and from an empty matrix.
+  CZtArray2DInt target = Counting<Int2DFamily>(2, 3);
+  target.CopyFrom(&target);
+  EXPECT_EQ(Dump(target), (Values{2, 3, 1, 2, 3, 4, 5, 6}));
+  target.CopyFrom(&empty);
+  EXPECT_EQ(Dump(target), (Values{0, 0}));
 }
 
 TEST(TwoDimensionalArrays, CopyFromRefusesAnotherElementWidth) {

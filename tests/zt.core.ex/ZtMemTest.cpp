@@ -140,77 +140,11 @@ TEST_F(CZtMemObjTest, AFailedConstructionLeavesTheNewLengthAndTheOldCount) {
   delete m.Elements()[2];  // made in the failed call and no longer counted
 }
 
-using Shape = std::vector<int>;
-
-// Rows, columns, then the elements in linear order.
-Shape ShapeOf(const CZtMatrix<int>& m) {
-  unsigned long long rows = 0, columns = 0;
-  m.GetSize(rows, columns);
-  Shape shape{static_cast<int>(rows), static_cast<int>(columns)};
-  const auto* data = static_cast<const int*>(m.GetPointer());
-  shape.insert(shape.end(), data, data + rows * columns);
-  return shape;
-}
-
-// A rows x columns matrix holding 1, 2, 3, ... in linear order.
-void Count(CZtMatrix<int>& m, unsigned long long rows, unsigned long long columns) {
-  m.New(rows, columns);
-  for (unsigned long long i = 0; i < rows * columns; ++i) {
-    static_cast<int*>(m.GetPointer())[i] = static_cast<int>(i + 1);
-  }
-}
-
-TEST(CZtMatrix, NewKeepsLinearPlacesAndResizeKeepsRowAndColumn) {
+// The matrices' New, Resize, Reset, Delete and CopyFrom are tested through
+// the two-dimensional arrays, which pass them on.
+TEST(CZtMatrix, PrecisionFollowsTheElementType) {
   EXPECT_EQ(CZtMatrix<double>().Precision(), 1e-12);
   EXPECT_EQ(CZtMatrix<int>().Precision(), 0);
-  const struct {
-    unsigned long long fromRows, fromColumns;
-    bool resize;  // Resize, else New
-    unsigned long long rows, columns;
-    Shape expected;
-  } cases[] = {
-      {2, 2, true, 3, 3, {3, 3, 1, 2, 0, 3, 4, 0, 0, 0, 0}},
-      {2, 2, false, 3, 3, {3, 3, 1, 2, 3, 4, 0, 0, 0, 0, 0}},
-      {3, 4, true, 2, 2, {2, 2, 1, 2, 5, 6}},
-      {3, 4, false, 2, 2, {2, 2, 1, 2, 3, 4}},
-      {2, 3, true, 3, 1, {3, 1, 1, 4, 0}},
-      {2, 3, true, 2, 3, {2, 3, 1, 2, 3, 4, 5, 6}},
-      {2, 2, true, 0, 5, {0, 0}},  // Resize makes both extents 0 ...
-      {2, 2, true, 3, 0, {0, 0}},
-      {2, 2, false, 0, 5, {0, 5}},  // ... where New keeps them
-      {0, 5, true, 2, 3, {2, 3, 0, 0, 0, 0, 0, 0}},
-  };
-  for (const auto& c : cases) {
-    CZtMatrix<int> m;
-    Count(m, c.fromRows, c.fromColumns);
-    c.resize ? m.Resize(c.rows, c.columns) : m.New(c.rows, c.columns);
-    EXPECT_EQ(ShapeOf(m), c.expected) << &c - cases;
-  }
-}
-
-TEST(CZtMatrix, ValidityFollowsStorageAndCopyFromTakesExtentsAndBytes) {
-  CZtMatrix<int> m, source, target;
-  const CZtMatrix<int> empty;
-  EXPECT_FALSE(m.IsValid());
-  m.Reset();  // 0 by 0: nothing to clear
-  m.New(0, 3);
-  EXPECT_FALSE(m.IsValid());
-  Count(m, 2, 3);
-  const void* storage = m.GetPointer();
-  m.Reset();
-  EXPECT_EQ(ShapeOf(m), (Shape{2, 3, 0, 0, 0, 0, 0, 0}));
-  m.Delete();
-  EXPECT_EQ(ShapeOf(m), (Shape{0, 0}));
-  EXPECT_TRUE(m.IsValid() && m.GetPointer() == storage);
-  // CopyFrom also from itself and from an empty matrix.
-  Count(source, 2, 3);
-  Count(target, 4, 4);
-  target.CopyFrom(&source);
-  EXPECT_EQ(ShapeOf(target), (Shape{2, 3, 1, 2, 3, 4, 5, 6}));
-  target.CopyFrom(&target);
-  EXPECT_EQ(ShapeOf(target), (Shape{2, 3, 1, 2, 3, 4, 5, 6}));
-  target.CopyFrom(&empty);
-  EXPECT_EQ(ShapeOf(target), (Shape{0, 0}));
 }
 
 }  // namespace
