@@ -330,17 +330,15 @@ ZtTest::Link StringFailure(const char* message, const char* member) {
 }
 
 TEST(CZtArrayString, SplitsFieldsAsGetlineReadsThem) {
-  const std::pair<const char*, Texts> cases[] = {
-      {"", {}},
-      {"a", {"a"}},
-      {"a,,b", {"a", "", "b"}},
-      {",a", {"", "a"}},
-      {"a,", {"a"}},  // a trailing delimiter adds no empty field
-      {",", {""}},
-      {",,", {"", ""}},
-      {" a , b ", {" a ", " b "}},
-      {"no delimiter here", {"no delimiter here"}},
-  };
+  // A trailing delimiter adds no empty field; spaces stay.
+  const std::pair<const char*, Texts> cases[] = {{"", {}},
+                                                 {"a,,b", {"a", "", "b"}},
+                                                 {",a", {"", "a"}},
+                                                 {"a,", {"a"}},
+                                                 {",", {""}},
+                                                 {",,", {"", ""}},
+                                                 {" a , b ", {" a ", " b "}},
+                                                 {"no delimiter here", {"no delimiter here"}}};
   for (const auto& c : cases) {
     const CZtArrayString array(c.first, ',');
     EXPECT_TRUE(array.IsValid()) << c.first;

@@ -80,18 +80,20 @@ struct ImageOver : CZtImage {
 };
 
 TEST(CZtImagePixel, EveryTypeMovesBitForBitAtWidthTimesYPlusXWrappedToSigned32Bits) {
-  // Width, x, y, and the index the pixel lands at.
+  // Width, x, y, and the index the pixel lands at: a row's end neighbours the
+  // next row's start, negative indices reach preceding rows, and 2^30 pixels
+  // make an offset past 4 GiB.
   const long long rows[][4] = {{5, 2, 1, 7},
                                {5, 5, 0, 5},
-                               {5, 0, 1, 5},  // a row's end neighbours the next row's start
+                               {5, 0, 1, 5},
                                {7, -3, 0, -3},
-                               {4, 1, -2, -7},  // negative indices reach preceding rows
+                               {4, 1, -2, -7},
                                {65536, 5, 65536, 5},
                                {65536, 65541, 65535, 5},
                                {65536, 65533, 65535, -3},
                                {65536, 7, -65536, 7},
                                {65536, 0, 32768, -(1LL << 31)},
-                               {32768, 0, 32768, 1 << 30}};  // 2^30 pixels: an offset past 4 GiB
+                               {32768, 0, 32768, 1 << 30}};
   ForEachPixelType([&](auto type) {
     using Pixel = decltype(type);
     const long long size = sizeof(Pixel);
