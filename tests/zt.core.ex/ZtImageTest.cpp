@@ -1,12 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <string>
 #include <tuple>
 #include <vector>
 
+#include "ZtChain.h"
 #include "ZtCoreEx.h"
 #include "ZtTypeLists.h"
 
@@ -41,6 +44,31 @@ bool SameBytes(const CZtImage& a, const CZtImage& b) {
 const CZtImageFormat kZero(0, 0, AsPixelType(0), AsDataType(0));
 bool IsZeroFormat(const CZtImage& image) { return image.GetFormat() == kZero; }
 
+// A view's binding: its memory and its format.
+using Binding = std::pair<const void*, CZtImageFormat>;
+Binding Bound(const CZtImageMoniker& view) { return {view.GetDataPtr(), view.GetFormat()}; }
+
+// The refusal of a view's raising forms of Create: one plain link.
+void ExpectCreateRaises(const std::function<void()>& create) {
+  ExpectRaise(create, {{"Error creating CZtImageMoniker", "Zt::CZtImageMoniker::Create",
+                        "ZtImageMoniker"}});
+}
+
+// A bound view refuses what an image refuses, in its bool and raising forms,
+// and ends unbound with a zero format.
+void ExpectViewRefuses(int w, int h, int p, int d) {
+  SCOPED_TRACE(testing::Message() << w << "x" << h << " " << p << " " << d);
+  const unsigned char memory[64] = {};
+  CZtImageMoniker view;
+  ASSERT_TRUE(view.Create(2, 2, EPixelType::RGBA, EDataType::Short, memory));
+  EXPECT_FALSE(view.Create(w, h, AsPixelType(p), AsDataType(d), memory));
+  EXPECT_TRUE(!view.IsValid() && view.GetFormat() == kZero);
+  view.Set(memory);
+  ExpectCreateRaises([&] { view.Create(w, h, p, d, memory); });
+  EXPECT_TRUE(!view.IsValid() && view.GetFormat() == kZero);
+  ExpectCreateRaises([&] { view.Create({w, h, AsPixelType(p), AsDataType(d)}, nullptr); });
+}
+
 TEST(CZtImage, EveryKnownPairHasItsSizesAndTextAndMakesAnImageThatAnswersFromIt) {
   for (const auto& p : kPixelTypes) {
     for (const auto& d : kDataTypes) {
@@ -60,6 +88,12 @@ TEST(CZtImage, EveryKnownPairHasItsSizesAndTextAndMakesAnImageThatAnswersFromIt)
                 std::make_tuple(bytes, 21u, byteCount, 7, 3, p.type, d.type, f));
       EXPECT_TRUE(image.IsValid() && image.IsOfType(p.type, d.type) &&
                   !image.IsOfType(p.type, EDataType::ID(0)));
+      CZtImageMoniker view;  // a view binds every format the same way
+      ASSERT_TRUE(view.Create(7, 3, p.type, d.type, image.GetDataPtr()));
+      int ip = 0, id = 0;
+      view.GetType(ip, id);  // the integer form, pixel type first
+      EXPECT_TRUE(Bound(view) == Binding(image.GetDataPtr(), f) && ip == p.type && id == d.type &&
+                  view.IsOfType(p.type, d.type));
       // Normalize takes Lum Float only and refuses every other format unchanged.
       const CZtImage before(image);
       const bool lumFloat = p.type == EPixelType::Lum && d.type == EDataType::Float;
@@ -80,6 +114,7 @@ TEST(CZtImage, UnknownTypesHaveNoSizeAndAreRefused) {
     CZtImage image = Patterned(2, 2, EPixelType::Lum, EDataType::Float);
     EXPECT_FALSE(image.Create(2, 2, AsPixelType(value), EDataType::Float)) << value;
     EXPECT_TRUE(!image.IsValid() && IsZeroFormat(image)) << value;
+    ExpectViewRefuses(2, 2, value, EDataType::UByte);
   }
   for (int value : kUnknownDataTypes) {
     const CZtImageFormat f(2, 2, EPixelType::RGBA, AsDataType(value));
@@ -88,6 +123,7 @@ TEST(CZtImage, UnknownTypesHaveNoSizeAndAreRefused) {
     CZtImage image;
     EXPECT_FALSE(image.Create(2, 2, EPixelType::Lum, AsDataType(value))) << value;
     EXPECT_TRUE(!image.IsValid() && IsZeroFormat(image)) << value;
+    ExpectViewRefuses(2, 2, EPixelType::RGB, value);
   }
 }
 
@@ -133,10 +169,11 @@ TEST(CZtImageFormat, ResetCopyAndComparison) {
 
 TEST(CZtImage, RefusedCreateLeavesTheStateThatTheRefusalCallsFor) {
   // A size below 1 on a valid image: Destroy has run, so the format is zero.
-  for (const auto& size : {std::pair<int, int>{100, 0}, {0, 100}, {-1, 5}, {5, -7}}) {
+  for (const auto& size : {std::pair<int, int>{100, 0}, {0, 100}, {-1, 5}, {5, -7}, {1, INT_MIN}}) {
     CZtImage image = Patterned(4, 4, EPixelType::RGB, EDataType::UByte);
     EXPECT_FALSE(image.Create(size.first, size.second, EPixelType::RGB, EDataType::UByte));
     EXPECT_TRUE(!image.IsValid() && IsZeroFormat(image));
+    ExpectViewRefuses(size.first, size.second, EPixelType::RGB, EDataType::UByte);
   }
   // A size below 1 on an Empty image leaves its leftover format alone.
   CZtImage empty;
@@ -243,6 +280,57 @@ TEST(CZtImage, NormalizeStretchesLumFloatInSinglePrecisionFromFixedExtremes) {
   CZtImage destroyed = Patterned(1, 1, EPixelType::Lum, EDataType::Float);
   destroyed.Destroy();
   EXPECT_FALSE(destroyed.Normalize());
+}
+
+TEST(CZtImageMoniker, NullDataGivesAFormatWithoutMemoryThatSetBindsAndUnbinds) {
+  const unsigned char memory[12] = {};
+  const CZtImageFormat format(2, 2, EPixelType::RGB, EDataType::UByte);
+  CZtImageMoniker a, b, c, d;
+  EXPECT_TRUE(a.Create(2, 2, EPixelType::RGB, EDataType::UByte));
+  EXPECT_TRUE(b.Create(2, 2, EPixelType::RGB, EDataType::UByte, nullptr));
+  c.Create(2, 2, int{EPixelType::RGB}, int{EDataType::UByte}, nullptr);  // no raise
+  d.Create(format, nullptr);
+  for (CZtImageMoniker* view : {&a, &b, &c, &d}) {
+    EXPECT_TRUE(!view->IsValid() && view->GetFormat() == format);
+    view->Set(memory);
+    EXPECT_TRUE(view->IsValid() && view->GetDataPtr() == memory);
+    view->Set(nullptr);
+    EXPECT_TRUE(!view->IsValid() && view->GetFormat() == format);
+  }
+}
+
+TEST(CZtImageMoniker, CreateFromAnImageReadsAllFirstAndRefusalsKeepTheBinding) {
+  CZtImage image, copy;
+  ASSERT_TRUE(image.Create(3, 2, EPixelType::BGRA, EDataType::Float));
+  const CZtImage empty;
+  unsigned char memory[4] = {};
+  const CZtImageFormat old(1, 1, EPixelType::Lum, EDataType::Int);
+  CZtImageMoniker view;
+  view.Create(old, memory);
+  EXPECT_FALSE(view.Create(static_cast<const IImage*>(nullptr)) || view.Create(&empty));
+  ExpectCreateRaises([&] { view.Create(empty); });
+  EXPECT_EQ(Bound(view), Binding(memory, old));
+  view.Create(image);
+  EXPECT_TRUE(view.Create(&view));  // unlike CZtImage, which ends Empty
+  EXPECT_EQ(Bound(view), Binding(image.GetDataPtr(), image.GetFormat()));
+  EXPECT_TRUE(copy.Create(&view));  // a view as a source of Create gives a deep copy
+  EXPECT_TRUE(copy.GetDataPtr() != image.GetDataPtr() && copy.GetFormat() == image.GetFormat());
+}
+
+TEST(CZtImageMoniker, CopiesShareTheMemoryAndDestroyZeroesOnlyTheOneView) {
+  unsigned char memory[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+  const Binding bound(memory, CZtImageFormat(2, 1, EPixelType::LumA, EDataType::UShort));
+  CZtImageMoniker view, assigned, fresh;
+  view.Create(bound.second, memory);
+  CZtImageMoniker copy(view);
+  assigned = view;
+  EXPECT_TRUE(view.Destroy());
+  EXPECT_TRUE(!view.IsValid() && view.GetFormat() == kZero && memory[7] == 8);
+  EXPECT_TRUE(Bound(copy) == bound && Bound(assigned) == bound);
+  assigned = view;  // an unbound view is assigned too, unlike an invalid CZtImage
+  EXPECT_TRUE(!assigned.IsValid() && assigned.GetFormat() == kZero);
+  EXPECT_TRUE(fresh.Destroy());  // zeroes even an unset format
+  EXPECT_EQ(fresh.GetFormat(), kZero);
 }
 
 }  // namespace
