@@ -269,12 +269,7 @@ TEST(CZtImage, NormalizeStretchesLumFloatInSinglePrecisionFromFixedExtremes) {
   EXPECT_TRUE(ok);
   EXPECT_EQ(Normalized({0.25f}), (Floats{0.25f}));
   EXPECT_EQ(Normalized({1e-10f, 2e-10f}), (Floats{1e-10f, 2e-10f}));
-  // NaN samples are ignored by the extremes and stay NaN; an infinite range
-  // is no range: inf > 1e-9, so samples divide by inf.
-  const float nan = std::numeric_limits<float>::quiet_NaN();
-  const auto withNan = Normalized({nan, 1.0f, 3.0f, nan});
-  EXPECT_TRUE(std::isnan(withNan[0]) && std::isnan(withNan[3]));
-  EXPECT_TRUE(withNan[1] == 0.0f && withNan[2] == 1.0f);
+  // An infinite range is no range: inf > 1e-9, so samples divide by inf.
   const auto withInf = Normalized({0.0f, std::numeric_limits<float>::infinity()});
   EXPECT_TRUE(withInf[0] == 0.0f && std::isnan(withInf[1]));
   CZtImage destroyed = Patterned(1, 1, EPixelType::Lum, EDataType::Float);
@@ -285,12 +280,11 @@ TEST(CZtImage, NormalizeStretchesLumFloatInSinglePrecisionFromFixedExtremes) {
 TEST(CZtImageMoniker, NullDataGivesAFormatWithoutMemoryThatSetBindsAndUnbinds) {
   const unsigned char memory[12] = {};
   const CZtImageFormat format(2, 2, EPixelType::RGB, EDataType::UByte);
-  CZtImageMoniker a, b, c, d;
+  CZtImageMoniker a, c, d;
   EXPECT_TRUE(a.Create(2, 2, EPixelType::RGB, EDataType::UByte));
-  EXPECT_TRUE(b.Create(2, 2, EPixelType::RGB, EDataType::UByte, nullptr));
   c.Create(2, 2, int{EPixelType::RGB}, int{EDataType::UByte}, nullptr);  // no raise
   d.Create(format, nullptr);
-  for (CZtImageMoniker* view : {&a, &b, &c, &d}) {
+  for (CZtImageMoniker* view : {&a, &c, &d}) {
     EXPECT_TRUE(!view->IsValid() && view->GetFormat() == format);
     view->Set(memory);
     EXPECT_TRUE(view->IsValid() && view->GetDataPtr() == memory);
