@@ -235,7 +235,7 @@ class TwoDimensionalArray : public ::testing::Test {};
 using Families2D = ::testing::Types<Double2DFamily, Int2DFamily>;
 TYPED_TEST_SUITE(TwoDimensionalArray, Families2D);
 
-TYPED_TEST(TwoDimensionalArray, ElementAccessNeedsStorageAndIndicesInsideTheExtents) {
+TYPED_TEST(TwoDimensionalArray, ElementAccessAndValidityFollowStorageAndExtents) {
   using A = typename TypeParam::Array;
   const ZtTest::Link invalid{
       "Nullptr --> Array Data Invalid",
@@ -243,16 +243,29 @@ TYPED_TEST(TwoDimensionalArray, ElementAccessNeedsStorageAndIndicesInsideTheExte
       "source\\zt.core.ex\\ZtArray2DBase"};
   ZtTest::Link outside = invalid;
   outside.message = "Array index out of bounds";
-  const A empty;
+  A empty, array;
   ExpectRaise([&] { (void)empty(0, 0); }, {invalid});
-  A array = Counting<TypeParam>(2, 3);
+  array.Reset();  // 0 by 0: nothing to clear
+  array.New(0, 3);
+  EXPECT_FALSE(array.IsValid());
+  array.New(2, 3);
+  for (int i = 0; i < 6; ++i) array.GetDataPtr()[i] = static_cast<typename TypeParam::Elem>(i + 1);
   EXPECT_EQ(&array(1, 2), array.GetDataPtr() + 5);
   ExpectRaise([&] { (void)array(2, 0); }, {outside});
   ExpectRaise([&] { (void)array(0, 3); }, {outside});
+  const void* storage = array.GetPointer();
+  array.CopyFrom(&array);
+  EXPECT_EQ(Dump(array), (Values{2, 3, 1, 2, 3, 4, 5, 6}));
+  array.Reset();
+  EXPECT_EQ(Dump(array), (Values{2, 3, 0, 0, 0, 0, 0, 0}));
   // Delete keeps the storage: still valid, but nothing lies inside 0 by 0.
   array.Delete();
-  EXPECT_TRUE(array.IsValid());
+  EXPECT_EQ(Dump(array), (Values{0, 0}));
+  EXPECT_TRUE(array.IsValid() && array.GetPointer() == storage);
   ExpectRaise([&] { (void)array(0, 0); }, {outside});
+  A copied = Counting<TypeParam>(2, 3);
+  copied.CopyFrom(&empty);
+  EXPECT_EQ(Dump(copied), (Values{0, 0}));
   // Lengths beyond the vector's pass through as length_error.
   A resized = Counting<TypeParam>(2, 2), renewed = Counting<TypeParam>(2, 2);
   EXPECT_THROW(resized.Resize(~0ull, 2), std::length_error);
@@ -282,28 +295,6 @@ TEST(TwoDimensionalArrays, NewKeepsLinearPlacesAndResizeKeepsRowAndColumn) {
     c.resize ? m.Resize(c.rows, c.columns) : m.New(c.rows, c.columns);
     EXPECT_EQ(Dump(m), c.expected) << &c - cases;
   }
-}
-
-TEST(TwoDimensionalArrays, ValidityFollowsStorageAndCopyFromTakesExtentsAndBytes) {
-  CZtArray2DInt m;
-  const CZtArray2DInt empty;
-  m.Reset();  // 0 by 0: nothing to clear
-  m.New(0, 3);
-  EXPECT_FALSE(m.IsValid());
-  m.New(2, 3);
-  for (int i = 0; i < 6; ++i) m.GetDataPtr()[i] = i + 1;
-  const void* storage = m.GetPointer();
-  m.Reset();
-  EXPECT_EQ(Dump(m), (Values{2, 3, 0, 0, 0, 0, 0, 0}));
-  m.Delete();
-  EXPECT_EQ(Dump(m), (Values{0, 0}));
-  EXPECT_TRUE(m.IsValid() && m.GetPointer() == storage);
-  // CopyFrom also from itself and from an empty matrix.
-  CZtArray2DInt target = Counting<Int2DFamily>(2, 3);
-  target.CopyFrom(&target);
-  EXPECT_EQ(Dump(target), (Values{2, 3, 1, 2, 3, 4, 5, 6}));
-  target.CopyFrom(&empty);
-  EXPECT_EQ(Dump(target), (Values{0, 0}));
 }
 
 TEST(TwoDimensionalArrays, CopyFromRefusesAnotherElementWidth) {
