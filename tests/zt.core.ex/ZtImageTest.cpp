@@ -110,7 +110,6 @@ TEST(CZtImage, UnknownTypesHaveNoSizeAndAreRefused) {
     const CZtImageFormat f(2, 2, AsPixelType(value), EDataType::UByte);
     EXPECT_STREQ(CZtImageFormat::PixelType2String(AsPixelType(value)).ToCString(), "None") << value;
     EXPECT_EQ(Sizes(f), std::make_tuple(0, 0, 4u, 0u)) << value;
-    EXPECT_FALSE(f.IsBayerPixelType()) << value;
     CZtImage image = Patterned(2, 2, EPixelType::Lum, EDataType::Float);
     EXPECT_FALSE(image.Create(2, 2, AsPixelType(value), EDataType::Float)) << value;
     EXPECT_TRUE(!image.IsValid() && IsZeroFormat(image)) << value;

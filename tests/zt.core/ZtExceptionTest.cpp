@@ -58,10 +58,6 @@ TEST(CZtException, RaisesCarryMessageFunctionFileAndLine) {
   ExpectRaise(raise, {{"Nullptr --> Not there", "Zt::CZtArrayDouble::Delete", ZtSourceFile}});
   ExpectRaise([] { CZtProbe<double>::Fail(); },
               {{"probe failed", "Zt::CZtProbe<double>::Fail", "source\\zt.core.ex\\ZtProbe"}});
-  EXPECT_EQ(Detail::ZtMemberName<CZtString>("CZtMemObj", "Reserve"),
-            "Zt::CZtMemObj<class Zt::CZtString>::Reserve");
-  EXPECT_EQ(Detail::ZtMemberName<unsigned char>("CZtArrayBase", "New"),
-            "Zt::CZtArrayBase<unsigned char>::New");
 }
 
 // Wrapping adds one link, and the head is a plain CZtException whatever it
