@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
+#include "CGuid.h"
 #include "ZtChain.h"
 #include "ZtRaise.h"
+#include "ZtString.h"
 
 using namespace Zt;
 using namespace ZtTest;
@@ -13,7 +17,7 @@ using Links = std::vector<Link>;
 
 namespace {
 
-constexpr const char* ZtSourceFile = "ZtExceptionTest";
+constexpr const char* ZtSourceFile = "ZtCoreTest";
 
 // A derived exception as the parameter layer builds them: name and GUID are
 // replaced after the base is built.
@@ -120,6 +124,68 @@ TEST(CZtException, ACloneKeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
   }
   EXPECT_LT(text.find("outer"), text.find("middle"));
   EXPECT_LT(text.find("middle"), text.find("std::bad_alloc"));
+}
+
+TEST(CGuid, ParsesTheBracedTextOfEitherCaseIntoItsFields) {
+  constexpr CGuid guid("{3500903C-1B00-4CDB-AFC3-53C91539D6F9}");
+  static_assert(guid.Data1 == 0x3500903Cu && sizeof(CGuid) == 16, "built by the compiler");
+  std::vector<unsigned> fields{guid.Data2, guid.Data3};
+  fields.insert(fields.end(), guid.Data4, guid.Data4 + 8);
+  EXPECT_EQ(fields, (std::vector<unsigned>{0x1B00, 0x4CDB, 0xAF, 0xC3, 0x53, 0xC9, 0x15, 0x39, 0xD6,
+                                           0xF9}));
+  EXPECT_EQ(CGuid("{944d12c7-608c-4509-9755-66a898b5432c}"),
+            CGuid("{944D12C7-608C-4509-9755-66A898B5432C}"));
+}
+
+TEST(CGuid, EveryDigitTakesPartInTheComparison) {
+  const std::string text = "{2C95F24C-6098-4354-A291-A8A3C0D0EFAE}";
+  const CGuid base(text.c_str());
+  for (std::size_t i = 1; i < 37; ++i) {
+    std::string changed = text;
+    changed[i] = text[i] == '0' ? '1' : '0';
+    if (text[i] == '-') continue;
+    EXPECT_TRUE(CGuid(changed.c_str()) != base && !(CGuid(changed.c_str()) == base)) << i;
+  }
+}
+
+TEST(CGuid, MalformedTextGivesTheZeroGuid) {
+  for (const char* text :
+       {static_cast<const char*>(nullptr), "", "3500903C-1B00-4CDB-AFC3-53C91539D6F9",
+        "{3500903C-1B00-4CDB-AFC3-53C91539D6F}", "{3500903C-1B00-4CDB-AFC3-53C91539D6F9}x",
+        "{3500903C_1B00-4CDB-AFC3-53C91539D6F9}", "{3500903G-1B00-4CDB-AFC3-53C91539D6F9}"}) {
+    EXPECT_EQ(CGuid(text), CGuid()) << (text != nullptr ? text : "null");
+  }
+}
+
+std::string S(const CZtString& s) { return s.ToCString(); }
+
+TEST(CZtString, CopiesAssignsAppendsAndConcatenatesByValue) {
+  CZtString text("abc"), copy(text), self("ab"), numbers;
+  text = "changed";
+  EXPECT_EQ(S(copy), "abc");  // deep copy
+  copy = text;
+  EXPECT_EQ(S(copy), "changed");
+  copy = copy.ToCString() + 2;  // a pointer into its own text
+  const CZtString& same = copy;
+  copy = same;
+  self << self;
+  EXPECT_EQ(S(copy) + "|" + S(self) + "|" + S(CZtString()), "anged|abab|");
+  EXPECT_EQ(CZtString().Length(), 0u);
+
+  numbers << "size " << 18446744073709551615ull << " " << 0 << " " << -1;
+  EXPECT_EQ(&(numbers << " " << INT_MIN << " " << INT_MAX), &numbers);
+  EXPECT_EQ(S(numbers), "size 18446744073709551615 0 -1 -2147483648 2147483647");
+
+  const CZtString a("left"), b("right");
+  EXPECT_EQ(S(a + b) + "|" + S(a + "; " + b) + "|" + S(a), "leftright|left; right|left");
+  EXPECT_TRUE(a + b == "leftright");
+  EXPECT_TRUE(a != b);
+}
+
+// Width, length and bytes as a block are read by the byte array's CopyFrom test.
+TEST(CZtString, IsAlwaysAValidBlock) {
+  EXPECT_TRUE(static_cast<const Zt::IMemoryAccess&>(CZtString("four")).IsValid());
+  delete static_cast<Zt::IMemoryAccess*>(new CZtString("x"));  // a virtual destructor
 }
 
 }  // namespace
