@@ -145,15 +145,14 @@ TYPED_TEST(AnyArray, AMissingImplementationIsReportedUnderTheWrappersNames) {
   EXPECT_FALSE(hollow.IsValid());
 }
 
+// A failure of the implementation, CZtArrayBase<T>.
 template <class F>
-class NumericArray : public ::testing::Test {
-protected:
-  // A failure of the implementation, CZtArrayBase<T>.
-  static ZtTest::Link BaseFailure(const char* message, const char* member) {
-    return {message, std::string("Zt::CZtArrayBase<") + F::Type + ">::" + member,
-            "source\\zt.core.ex\\ZtArrayBase"};
-  }
-};
+ZtTest::Link BaseFailure(const char* message, const char* member) {
+  return {message, std::string("Zt::CZtArrayBase<") + F::Type + ">::" + member,
+          "source\\zt.core.ex\\ZtArrayBase"};
+}
+template <class F>
+class NumericArray : public ::testing::Test {};
 using Families = ::testing::Types<DoubleFamily, IntFamily, UCharFamily, UIntFamily, UShortFamily>;
 TYPED_TEST_SUITE(NumericArray, Families);
 
@@ -196,7 +195,7 @@ TYPED_TEST(NumericArray, ConstructorsAndChangesLeaveTheToldContents) {
 // The index is checked in both forms; CopyFrom refuses a null source and
 // another element width, unchanged.
 TYPED_TEST(NumericArray, RefusalsOfIndexAndCopyFrom) {
-  const auto outside = this->BaseFailure("Array index out of bounds", "operator []");
+  const auto outside = BaseFailure<TypeParam>("Array index out of bounds", "operator []");
   for (unsigned long long length : {0ull, 5ull}) {
     typename TypeParam::Array array(length);
     const auto& constant = array;
@@ -213,9 +212,9 @@ TYPED_TEST(NumericArray, RefusalsOfIndexAndCopyFrom) {
   const std::conditional_t<sizeof(typename TypeParam::Elem) == 1, CZtArrayDouble, CZtArrayUChar>
       other(2);
   ExpectRaise([&] { self.CopyFrom(nullptr); },
-              {this->BaseFailure("Invalid memory interface pointer", "CopyFrom")});
+              {BaseFailure<TypeParam>("Invalid memory interface pointer", "CopyFrom")});
   ExpectRaise([&] { self.CopyFrom(&other); },
-              {this->BaseFailure("Element sizes of memory blocks do not agree", "CopyFrom")});
+              {BaseFailure<TypeParam>("Element sizes of memory blocks do not agree", "CopyFrom")});
   EXPECT_EQ(Dump(self), (Values{1, 2, 3}));
 }
 

@@ -126,7 +126,8 @@ TEST_F(CZtMemObjTest, ObjectsKeepTheirAddressesAndDieFromTheTopAndThePointersSta
 
 // Growing to 5 makes three objects, the second of which fails: the new
 // length stays and the count stays the old one. (Out of memory takes the
-// same path, as the string arrays' sweep shows.)
+// same path, as the string arrays' sweep shows.) The generic class names its
+// own file and the element's type, though instantiated here.
 TEST_F(CZtMemObjTest, AFailedConstructionLeavesTheNewLengthAndTheOldCount) {
   const std::string init = "Zt::CZtMemObj<struct Probe>::InitElements";
   CZtMemObj<Probe> m(2);

@@ -35,13 +35,6 @@ public:
   static constexpr CGuid Guid{"{5EE36AA5-1C62-43F8-BC50-DC96AD3829D0}"};
 };
 
-// A generic class names its own file, whatever file instantiates it.
-template <class T>
-struct CZtProbe {
-  static constexpr const char* ZtSourceFile = "source\\zt.core.ex\\ZtProbe";
-  static void Fail() { ZT_RAISE(Detail::ZtMemberName<T>("CZtProbe", "Fail"), "probe failed"); }
-};
-
 template <class F>
 unsigned int LineOf(F raise) {
   try {
@@ -60,8 +53,6 @@ TEST(CZtException, RaisesCarryMessageFunctionFileAndLine) {
   const auto raise = [] { ZT_RAISE("Zt::CZtArrayDouble::Delete", "Nullptr --> Not there"); };
   EXPECT_EQ(LineOf(raise), __LINE__ - 1u);
   ExpectRaise(raise, {{"Nullptr --> Not there", "Zt::CZtArrayDouble::Delete", ZtSourceFile}});
-  ExpectRaise([] { CZtProbe<double>::Fail(); },
-              {{"probe failed", "Zt::CZtProbe<double>::Fail", "source\\zt.core.ex\\ZtProbe"}});
 }
 
 // Wrapping adds one link, and the head is a plain CZtException whatever it
