@@ -1,4 +1,2 @@
-# Interop declarations, string, exceptions and the raising helpers.
-zt_add_gtest(zt_core_tests
-  SOURCES interop/CGuidTest.cpp zt.core/ZtStringTest.cpp zt.core/ZtExceptionTest.cpp
-  LIBS ZtCore zt_ex_internal)
+# GUIDs, strings, exceptions and the raising helpers.
+zt_add_gtest(zt_core_tests SOURCES zt.core/ZtCoreTest.cpp LIBS ZtCore zt_ex_internal)

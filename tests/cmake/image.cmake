@@ -1,2 +1,2 @@
-# Image format and owned image, through the shared library as a user sees them.
+# Image format, owned image, image view and single-pixel access, through the shared library.
 zt_add_gtest(zt_image_tests SOURCES zt.core.ex/ZtImageTest.cpp LIBS Zt::CoreEx)

@@ -1,9 +1,8 @@
 #ifndef ZT_TESTS_ZTCHAIN_H
 #define ZT_TESTS_ZTCHAIN_H
 
-// A raised failure as a caller walks it, each exception of its chain from the
-// outermost one inward: as Links (where each was raised) or as a Chain of
-// (name, message) pairs (what a caller is told).
+// A raised chain from the outermost exception inward: as Links (where each was
+// raised) or as a Chain of (name, message) pairs (what a caller is told).
 
 #include <gtest/gtest.h>
 
@@ -54,8 +53,7 @@ inline void ExpectChain(const Zt::CIException& head, const std::vector<Link>& ch
   EXPECT_EQ(LinksOf(head), chain);
 }
 
-// Runs `op` and expects it to raise `chain`, its head caught as CZtException
-// as callers catch it.
+// Runs `op` and expects it to raise `chain`, caught as CZtException as callers do.
 inline void ExpectRaise(const std::function<void()>& op, const std::vector<Link>& chain) {
   try {
     op();
