@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <iterator>
 #include <sstream>
+#include <string>
 
 #include "ZtConvertTesting.h"
 
@@ -243,6 +245,14 @@ TEST(VectorRoutes, EqualTheirReferenceOnEveryInput) {
       }
     }
   }
+}
+
+// The log names the paths this processor gave the tests, so that a run shows what it covered.
+TEST(ConvertPaths, AreNamedInTheLog) {
+  std::string names;
+  for (EPath path : Paths()) names += std::string(" ") + PathName(path);
+  std::printf("conversion paths run:%s\n", names.c_str());
+  EXPECT_FALSE(names.empty());
 }
 
 }  // namespace
