@@ -1,7 +1,6 @@
 import itertools
 import sys
 import threading
-from concurrent.futures import ThreadPoolExecutor
 
 import numpy as np
 import pytest
@@ -40,12 +39,14 @@ def test_every_type_and_layout_pair_carries_the_ends_of_the_range(source_dtype, 
             assert ref.same_bits(got, expected), (source_layout, target_layout, got)
 
 
-def test_out_is_written_in_place_a_target_type_in_every_spelling_and_empty_images():
+def test_out_is_written_in_place_band_by_band_a_target_type_in_every_spelling_and_empty_images():
     source = ref.random_image(np.random.default_rng(1), "BGRA", np.uint16, 17, 9)
-    before, out = source.copy(), np.full((17, 9, 3), -1.0, np.float32)
-    assert ztcoreex.convert(source, "BGRA", "RGB", np.float32, out=out) is out
-    assert ref.same_bits(out, ztcoreex.convert(source, "BGRA", "RGB", np.float32))
-    assert ref.same_bits(source, before)
+    before, whole = source.copy(), ztcoreex.convert(source, "BGRA", "RGB", np.float32)
+    out = np.full(whole.shape, np.nan, np.float32)
+    for band in [slice(10, 17), slice(0, 3), slice(3, 10)]:  # views into one source and one out
+        part = out[band]
+        assert ztcoreex.convert(source[band], "BGRA", "RGB", np.float32, out=part) is part
+    assert ref.same_bits(out, whole) and ref.same_bits(source, before)
     source = np.arange(12, dtype=np.uint8).reshape(2, 2, 3)
     want = ztcoreex.convert(source, "RGB", "Lum", np.int16)
     for spelling in ["int16", np.dtype("<i2"), "Short", ztcoreex.DataType.Short]:
@@ -65,8 +66,6 @@ REFUSALS = [  # (exception, message, positional arguments, out)
     (TypeError, "ndarray", ([[1, 2]], "Lum", "RGB"), None),
     (TypeError, "int64", (np.zeros((2, 2), np.int64), "Lum", "RGB"), None),
     (TypeError, "byte order", (np.zeros((2, 2), ">u2"), "Lum", "RGB"), None),
-    (TypeError, "bool", (RGB8, "RGB", "Lum", np.bool_), None),
-    (ValueError, r"\(H, W, 4\)", (RGB8, "RGBA", "RGB"), None),
     (ValueError, r"\(H, W\)", (RGB8, "Lum", "RGB"), None),
     (ValueError, "C-contiguous", (RGB8[:, ::2], "RGB", "Lum"), None),
     (ValueError, "'rgb'", (RGB8, "RGB", "rgb"), None),
@@ -77,7 +76,6 @@ REFUSALS = [  # (exception, message, positional arguments, out)
     (TypeError, "uint16", (RGB8, "RGB", "Lum"), np.zeros((4, 5), np.uint16)),
     (ValueError, "5x4", (RGB8, "RGB", "Lum"), np.zeros((5, 4), np.uint8)),
     (ValueError, r"\(H, W, 4\)", (RGB8, "RGB", "RGBA"), np.zeros((4, 5, 3), np.uint8)),
-    (ValueError, "C-contiguous", (RGB8, "RGB", "Lum"), np.zeros((4, 10), np.uint8)[:, ::2]),
     (ValueError, "read-only|C-contiguous", (RGB8, "RGB", "Lum"), np.broadcast_to(np.uint8(0), (4, 5))),
     (TypeError, "ndarray", (RGB8, "RGB", "Lum"), [0] * 20),
     (ValueError, "3x3, BayerRG, UByte.*3x3, BayerRG, UShort",
@@ -97,35 +95,17 @@ def test_refusals_leave_source_and_out_untouched(exception, message, args, out):
     assert all(ref.same_bits(a, b) for a, b in zip(arrays, before))
 
 
-def test_threads_convert_bands_of_one_image_into_one_array():
-    source = ref.random_image(np.random.default_rng(11), "RGBA", np.uint16, 1003, 257)
-    whole = ztcoreex.convert(source, "RGBA", "BGR", np.float32)
-    out, edges = np.full(whole.shape, np.nan, np.float32), np.linspace(0, 1003, 8, dtype=int)
-
-    def band(top, bottom):
-        for _ in range(5):
-            ztcoreex.convert(source[top:bottom], "RGBA", "BGR", np.float32, out=out[top:bottom])
-
-    with ThreadPoolExecutor(len(edges) - 1) as pool:
-        list(pool.map(band, edges[:-1], edges[1:]))  # raises what a thread raised
-    assert ref.same_bits(out, whole)
-
-
 def test_the_gil_is_released_while_converting():
     # With a long switch interval the main thread, waiting in start() for the GIL, gets back before
     # the worker is done only if a conversion lets the GIL go.
-    source, out, done = np.zeros((1024, 1024, 4), np.uint8), np.empty((1024, 1024, 4)), threading.Event()
-
-    def convert():
-        for _ in range(20):
-            ztcoreex.convert(source, "RGBA", "BGRA", np.float64, out=out)
-        done.set()
-
-    interval, worker = sys.getswitchinterval(), threading.Thread(target=convert)
+    source, out = np.zeros((1024, 1024, 4), np.uint8), np.empty((1024, 1024, 4))
+    worker = threading.Thread(target=lambda: [ztcoreex.convert(source, "RGBA", "BGRA", np.float64,
+                                                               out=out) for _ in range(20)])
+    interval = sys.getswitchinterval()
     sys.setswitchinterval(2.0)
     try:
         worker.start()
-        back_before_the_end = not done.is_set()
+        back_before_the_end = worker.is_alive()
         worker.join()
     finally:
         sys.setswitchinterval(interval)
