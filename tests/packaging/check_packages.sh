@@ -19,6 +19,8 @@ deb() { find "$work" -maxdepth 1 -name "$1_*.deb" | head -1; }
 runtime=$(deb libzt-core-ex1) development=$(deb libzt-core-ex-dev) tools=$(deb zt-core-ex-tools)
 [[ -n $runtime && -n $development && -n $tools ]] || abort "a package is missing in $work: $(ls "$work")"
 version=$(dpkg-deb -f "$runtime" Version)
+[[ $(dpkg-deb -f "$development" Version) $(dpkg-deb -f "$tools" Version) == "$version $version" ]] ||
+  fail "the packages' versions differ from $version"
 contains() {  # <package file> <path...>: each path is in that package
   local listing path
   listing=$(dpkg-deb -c "$1" | awk '{ print $6 }' | sed 's|^\./|/|')
@@ -47,13 +49,10 @@ if command -v lintian >/dev/null; then  # errors fail; the README gives the reas
     fail "lintian reports errors"
 fi
 
-root=$work/root  # dpkg records them there; the tool has no run path and runs
+root=$work/root  # unpacked together (no file in two packages); the tool has no run path and runs
 mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" && touch "$root/var/lib/dpkg/status"
 dpkg --root="$root" --log=/dev/null --force-not-root --force-depends --unpack "$runtime" "$development" \
   "$tools" >"$work/dpkg.log" 2>&1 || abort "$(cat "$work/dpkg.log")"
-for package in libzt-core-ex1 libzt-core-ex-dev zt-core-ex-tools; do
-  dpkg --root="$root" -s "$package" 2>/dev/null | grep -q "^Version: $version" || fail "$package is not recorded in $root"
-done
 [[ -L $root/$libdir/libZt.Core.Ex.so && -f $root/$libdir/libZt.Core.Ex.so.1.0.0 ]] || fail "libraries not in /$libdir"
 readelf -d "$root/usr/bin/zt-convert" | grep -qE 'RPATH|RUNPATH' && fail "zt-convert carries a run path"
 LD_LIBRARY_PATH=$root/$libdir "$root/usr/bin/zt-convert" --version || fail "the unpacked zt-convert does not run"
