@@ -1,12 +1,10 @@
-# The library as its users meet it: exported symbols, installs (also with DESTDIR), consumers,
-# packages. They run what they build on the host: not in a cross build.
+# The library as its users meet it (symbols, installs, consumers, packages); not in a cross build.
 if(NOT ZT_INSTALL OR CMAKE_CROSSCOMPILING)
   return()
 endif()
 set(_zt_packaging ${CMAKE_CURRENT_SOURCE_DIR}/packaging)
 set(_zt_prefix ${CMAKE_BINARY_DIR}/test-install)
 set(_zt_stage ${CMAKE_BINARY_DIR}/test-destdir)
-set(_zt_flags "")
 if(ZT_SANITIZE) # an instrumented library needs the sanitizer runtime in the executable
   list(JOIN ZT_SANITIZE "," _zt_sanitizers)
   set(_zt_flags -fsanitize=${_zt_sanitizers})
