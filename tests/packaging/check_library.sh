@@ -15,10 +15,8 @@ done
 for name in CZtArrayDouble CZtArrayInt CZtArrayUChar CZtArrayUInt CZtArrayUShort CZtArray2DDouble \
   CZtArray2DInt CZtArrayString CZtImage CZtImageMoniker CZtMetricCalibResult \
   CZtMetricCalibAddImageResult; do
-  for what in vtable typeinfo; do
-    grep -qE -- "^[0-9a-f]+ [A-Za-z] ${what} for Zt::${name}\$" <<<"$symbols" ||
-      fail "the ${what} of Zt::${name} is not exported"
-  done
+  for what in vtable typeinfo; do grep -qE -- "^[0-9a-f]+ [A-Za-z] ${what} for Zt::${name}\$" <<<"$symbols" ||
+    fail "the ${what} of Zt::${name} is not exported"; done
 done
 # No initialiser of ours runs at load: .init_array holds only the toolchain's frame_dummy (8 bytes).
 init_hex=$(readelf -SW "$lib" | awk '{ for (i = 1; i <= NF; ++i) if ($i == ".init_array") print $(i + 4) }')

@@ -1,6 +1,5 @@
 #!/usr/bin/env bash
-# check_packages.sh <build dir> <work dir> [<c++>]: CPack's tarball, unpacked anywhere; with a
-# compiler, the Debian packages too, unpacked into a scratch root for a find_package consumer.
+# check_packages.sh <build dir> <work dir> [<c++>]: CPack's tarball; with a compiler, the Debian ones.
 source "$(dirname "$0")/common.sh"
 build=$1 work=$2 cxx=${3:-}
 rm -rf "$work" && mkdir -p "$work/tgz"
@@ -18,8 +17,6 @@ deb() { find "$work" -maxdepth 1 -name "$1_*.deb" | head -1; }
 runtime=$(deb libzt-core-ex1) development=$(deb libzt-core-ex-dev) tools=$(deb zt-core-ex-tools)
 [[ -n $runtime && -n $development && -n $tools ]] || abort "a package is missing in $work: $(ls "$work")"
 version=$(dpkg-deb -f "$runtime" Version)
-[[ $(dpkg-deb -f "$development" Version) $(dpkg-deb -f "$tools" Version) == "$version $version" ]] ||
-  fail "the packages' versions differ from $version"
 contains() {  # <package file> <path...>: each path is in that package
   local listing path
   listing=$(dpkg-deb -c "$1" | awk '{ print $6 }' | sed 's|^\./|/|')
@@ -36,11 +33,12 @@ dpkg-deb -c "$tools" | grep -q '\.so' && fail "the tools package holds libraries
 for file in "$runtime" "$development" "$tools"; do
   dpkg-deb -c "$file" | grep -E '\.so' | grep -vq "/$libdir/" && fail "$(basename "$file"): a library outside /$libdir"
 done
-depends=$(dpkg-deb -f "$development" Depends)
-[[ $depends == *"libzt-core-ex1 (= $version)"* ]] || fail "libzt-core-ex-dev lacks libzt-core-ex1 (= $version): $depends"
-depends=$(dpkg-deb -f "$tools" Depends)
-[[ $depends == *"libzt-core-ex1 (= $version)"* && $depends == *libpng* && $depends == *'libc6 (>='* ]] ||
-  fail "zt-core-ex-tools does not have its computed dependencies: $depends"
+# The others have the run-time package's version and depend on exactly that version of it.
+dev=$(dpkg-deb -f "$development" Version Depends) tooling=$(dpkg-deb -f "$tools" Version Depends)
+want="Version: $version"$'\n'"Depends: "*"libzt-core-ex1 (= $version)"
+[[ $dev == $want* ]] || fail "libzt-core-ex-dev is not $version or lacks its dependency: $dev"
+[[ $tooling == $want* && $tooling == *libpng* && $tooling == *'libc6 (>='* ]] ||
+  fail "zt-core-ex-tools is not $version or lacks its computed dependencies: $tooling"
 [[ $(dpkg-deb -I "$runtime" shlibs 2>/dev/null) == *"libZt.Core.Ex 1 libzt-core-ex1"* ]] || fail "no shlibs file"
 # Its errors fail, a missing ldconfig trigger among them; the README says why each warning stays.
 lintian --fail-on error --suppress-tags initial-upload-closes-no-bugs "$runtime" "$development" "$tools" ||

@@ -20,7 +20,6 @@ pc_tree() {
     "$includedir/ZtCoreEx/ZtCoreEx.h" "$libdir/cmake/ZtCoreEx/ZtCoreExConfig.cmake"; do
     [[ -e $file && $(realpath "$file") == "$root"/* ]] || fail "$what: $file is missing or not in $root"
   done
-  echo "$what: zt-core-ex $(pkg-config --modversion zt-core-ex), libdir $libdir, includedir $includedir"
   [[ -n ${5:-} ]] || return 0
   rm -rf "$4" && mkdir -p "$4"
   # shellcheck disable=SC2046  # the flags are meant to split
