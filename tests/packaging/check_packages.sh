@@ -30,9 +30,8 @@ contains "$tools" /usr/bin/zt-convert /usr/share/man/man1/zt-convert.1.gz \
 # Nothing in a package belongs to another one, and no library outside the multiarch directory.
 dpkg-deb -c "$runtime" | grep -qE '/usr/include/|\.so$|/bin/' && fail "the run-time package holds development files"
 dpkg-deb -c "$tools" | grep -q '\.so' && fail "the tools package holds libraries"
-for file in "$runtime" "$development" "$tools"; do
-  dpkg-deb -c "$file" | grep -E '\.so' | grep -vq "/$libdir/" && fail "$(basename "$file"): a library outside /$libdir"
-done
+{ dpkg-deb -c "$runtime"; dpkg-deb -c "$development"; dpkg-deb -c "$tools"; } | grep -E '\.so' |
+  grep -vq "/$libdir/" && fail "a package holds a library outside /$libdir"
 # The others have the run-time package's version and depend on exactly that version of it.
 dev=$(dpkg-deb -f "$development" Version Depends) tooling=$(dpkg-deb -f "$tools" Version Depends)
 want="Version: $version"$'\n'"Depends: "*"libzt-core-ex1 (= $version)"

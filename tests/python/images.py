@@ -26,7 +26,5 @@ def random_image(rng, layout, dtype, height=3, width=5):
 
 def same_bits(a, b):
     """Equality of every bit, so that NaNs and signed zeros count."""
-    if a.dtype != b.dtype or a.shape != b.shape:
-        return False
-    unsigned = np.dtype(f"u{a.dtype.itemsize}")
-    return np.array_equal(a.view(unsigned), b.view(unsigned))
+    unsigned, same = np.dtype(f"u{a.dtype.itemsize}"), a.dtype == b.dtype and a.shape == b.shape
+    return same and np.array_equal(a.view(unsigned), b.view(unsigned))

@@ -13,9 +13,8 @@ def _pixels(layout, dtype, values):  # three pixels, each sample of pixel i hold
 
 
 def _ends(dtype):  # the samples that read as -1 (0 when unsigned), 1 and 0
-    if np.dtype(dtype).kind == "f":
-        return [-1.0, 1.0, 0.0]
-    return [np.iinfo(dtype).min, np.iinfo(dtype).max, 0]
+    info = None if np.dtype(dtype).kind == "f" else np.iinfo(dtype)
+    return [-1.0, 1.0, 0.0] if info is None else [info.min, info.max, 0]
 
 
 @pytest.mark.parametrize("source_dtype,target_dtype", list(itertools.product(ref.DTYPES, repeat=2)),
@@ -82,11 +81,10 @@ REFUSALS = [  # (exception, message, positional arguments, out)
 
 @pytest.mark.parametrize("exception,message,args,out", REFUSALS)
 def test_refusals_leave_source_and_out_untouched(exception, message, args, out):
-    arrays = [a for a in (args[0], out) if isinstance(a, np.ndarray) and a.nbytes < 4096]
-    before = [a.copy() for a in arrays]
+    before = [(a, a.copy()) for a in (args[0], out) if isinstance(a, np.ndarray) and a.nbytes < 4096]
     with pytest.raises(exception, match=message):
         ztcoreex.convert(*args, out=out)
-    assert all(ref.same_bits(a, b) for a, b in zip(arrays, before))
+    assert all(ref.same_bits(a, copy) for a, copy in before)
 
 
 def test_the_gil_is_released_while_converting():

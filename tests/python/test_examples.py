@@ -45,7 +45,7 @@ def test_the_dask_example_on_the_local_scheduler_and_on_two_worker_processes(cap
 
 def test_the_readme_example_runs():
     readme = (EXAMPLES.parents[1] / "README.md").read_text()
-    namespace = {}
-    exec(compile(readme.split("```python\n", 1)[1].split("```", 1)[0], "README.md", "exec"), namespace)
+    code = compile(readme.split("```python\n", 1)[1].split("```", 1)[0], "README.md", "exec")
+    exec(code, namespace := {})
     assert namespace["grey"].shape == (480, 640) and namespace["grey"].dtype == np.float32
     assert namespace["bgra"][..., 3].min() == 65535
