@@ -8,6 +8,7 @@ import pytest
 import images as ref
 import ztcoreex
 
+
 def _pixels(layout, dtype, values):  # three pixels, each sample of pixel i holding values[i]
     return np.repeat(np.array(values, dtype), ref.SAMPLES[layout]).reshape(ref.shape(layout, 1, 3))
 
