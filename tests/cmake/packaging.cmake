@@ -1,12 +1,10 @@
-# The library as its users meet it: exported symbols, installs (also with DESTDIR), consumers,
-# packages. They run what they build on the host: not in a cross build.
+# The library as its users meet it (symbols, installs, consumers, packages); not in a cross build.
 if(NOT ZT_INSTALL OR CMAKE_CROSSCOMPILING)
   return()
 endif()
 set(_zt_packaging ${CMAKE_CURRENT_SOURCE_DIR}/packaging)
 set(_zt_prefix ${CMAKE_BINARY_DIR}/test-install)
 set(_zt_stage ${CMAKE_BINARY_DIR}/test-destdir)
-set(_zt_flags "")
 if(ZT_SANITIZE) # an instrumented library needs the sanitizer runtime in the executable
   list(JOIN ZT_SANITIZE "," _zt_sanitizers)
   set(_zt_flags -fsanitize=${_zt_sanitizers})
@@ -25,8 +23,10 @@ add_test(NAME zt_install COMMAND ${CMAKE_COMMAND} --install ${CMAKE_BINARY_DIR} 
 add_test(NAME zt_install_destdir
   COMMAND sh -c "rm -rf \"$1\" && DESTDIR=\"$1\" \"$2\" --install \"$3\"" zt_install_destdir
     ${_zt_stage} ${CMAKE_COMMAND} ${CMAKE_BINARY_DIR})
-set_tests_properties(zt_install PROPERTIES FIXTURES_SETUP zt_installed)
-set_tests_properties(zt_install_destdir PROPERTIES FIXTURES_SETUP zt_staged)
+# Every install runs this build tree's install script, which rewrites its manifest: one at a time.
+set_tests_properties(zt_install PROPERTIES FIXTURES_SETUP zt_installed RESOURCE_LOCK zt_install_tree)
+set_tests_properties(zt_install_destdir PROPERTIES FIXTURES_SETUP zt_staged
+  RESOURCE_LOCK zt_install_tree)
 zt_add_consumer(zt_consumer_find_package zt_installed -DCMAKE_PREFIX_PATH=${_zt_prefix})
 zt_add_consumer(zt_consumer_find_package_destdir zt_staged
   -DCMAKE_PREFIX_PATH=${_zt_stage}${CMAKE_INSTALL_PREFIX})
@@ -36,8 +36,6 @@ add_test(NAME zt_consumer_pkg_config COMMAND ${CMAKE_COMMAND} -E env PKG_CONFIG_
   bash ${_zt_packaging}/common.sh pc_tree DESTDIR ${_zt_stage} ${_zt_stage}${_zt_pcdir}
   ${CMAKE_CURRENT_BINARY_DIR}/consumer-pkg-config ${CMAKE_CXX_COMPILER} ${_zt_flags})
 set_tests_properties(zt_consumer_pkg_config PROPERTIES FIXTURES_REQUIRED zt_staged)
-# Every install runs this build tree's install script, which rewrites its manifest: one at a time.
-set(_zt_installs zt_install zt_install_destdir)
 
 # Sanitizers add module constructors; their build is about memory, not a second build or packages.
 if(NOT ZT_SANITIZE)
@@ -48,6 +46,5 @@ if(NOT ZT_SANITIZE)
   # CPack's tarball; in the GCC build also the Debian packages (once: they hold the same files).
   add_test(NAME zt_packages COMMAND bash ${_zt_packaging}/check_packages.sh ${CMAKE_BINARY_DIR}
     ${CMAKE_CURRENT_BINARY_DIR}/packages $<$<STREQUAL:${CMAKE_CXX_COMPILER_ID},GNU>:${CMAKE_CXX_COMPILER}>)
-  list(APPEND _zt_installs zt_packages)
+  set_tests_properties(zt_packages PROPERTIES RESOURCE_LOCK zt_install_tree)
 endif()
-set_tests_properties(${_zt_installs} PROPERTIES RESOURCE_LOCK zt_install_tree)

@@ -1,7 +1,5 @@
 #!/usr/bin/env bash
-# Runs CPack on a configured build and checks the tarball, unpacked anywhere; with a compiler, the
-# Debian packages too, then unpacked into a scratch root for a find_package consumer:
-#   check_packages.sh <build dir> <work dir> [<c++ compiler>]
+# check_packages.sh <build dir> <work dir> [<c++>]: CPack's tarball; with a compiler, the Debian ones.
 source "$(dirname "$0")/common.sh"
 build=$1 work=$2 cxx=${3:-}
 rm -rf "$work" && mkdir -p "$work/tgz"
@@ -32,28 +30,23 @@ contains "$tools" /usr/bin/zt-convert /usr/share/man/man1/zt-convert.1.gz \
 # Nothing in a package belongs to another one, and no library outside the multiarch directory.
 dpkg-deb -c "$runtime" | grep -qE '/usr/include/|\.so$|/bin/' && fail "the run-time package holds development files"
 dpkg-deb -c "$tools" | grep -q '\.so' && fail "the tools package holds libraries"
-for file in "$runtime" "$development" "$tools"; do
-  dpkg-deb -c "$file" | grep -E '\.so' | grep -vq "/$libdir/" && fail "$(basename "$file"): a library outside /$libdir"
-done
-depends=$(dpkg-deb -f "$development" Depends)
-[[ $depends == *"libzt-core-ex1 (= $version)"* ]] || fail "libzt-core-ex-dev lacks libzt-core-ex1 (= $version): $depends"
-depends=$(dpkg-deb -f "$tools" Depends)
-[[ $depends == *"libzt-core-ex1 (= $version)"* && $depends == *libpng* && $depends == *'libc6 (>='* ]] ||
-  fail "zt-core-ex-tools does not have its computed dependencies: $depends"
-[[ $(dpkg-deb -I "$runtime" triggers 2>/dev/null) == *"activate-noawait ldconfig"* ]] || fail "no ldconfig trigger"
+{ dpkg-deb -c "$runtime"; dpkg-deb -c "$development"; dpkg-deb -c "$tools"; } | grep -E '\.so' |
+  grep -vq "/$libdir/" && fail "a package holds a library outside /$libdir"
+# The others have the run-time package's version and depend on exactly that version of it.
+dev=$(dpkg-deb -f "$development" Version Depends) tooling=$(dpkg-deb -f "$tools" Version Depends)
+want="Version: $version"$'\n'"Depends: "*"libzt-core-ex1 (= $version)"
+[[ $dev == $want* ]] || fail "libzt-core-ex-dev is not $version or lacks its dependency: $dev"
+[[ $tooling == $want* && $tooling == *libpng* && $tooling == *'libc6 (>='* ]] ||
+  fail "zt-core-ex-tools is not $version or lacks its computed dependencies: $tooling"
 [[ $(dpkg-deb -I "$runtime" shlibs 2>/dev/null) == *"libZt.Core.Ex 1 libzt-core-ex1"* ]] || fail "no shlibs file"
-if command -v lintian >/dev/null; then  # errors fail; the README gives the reason each warning stays
-  lintian --fail-on error --suppress-tags initial-upload-closes-no-bugs "$runtime" "$development" "$tools" ||
-    fail "lintian reports errors"
-fi
+# Its errors fail, a missing ldconfig trigger among them; the README says why each warning stays.
+lintian --fail-on error --suppress-tags initial-upload-closes-no-bugs "$runtime" "$development" "$tools" ||
+  fail "lintian reports errors"
 
-root=$work/root  # dpkg records them there; the tool has no run path and runs
+root=$work/root  # unpacked together (no file in two packages); the tool has no run path and runs
 mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" && touch "$root/var/lib/dpkg/status"
 dpkg --root="$root" --log=/dev/null --force-not-root --force-depends --unpack "$runtime" "$development" \
   "$tools" >"$work/dpkg.log" 2>&1 || abort "$(cat "$work/dpkg.log")"
-for package in libzt-core-ex1 libzt-core-ex-dev zt-core-ex-tools; do
-  dpkg --root="$root" -s "$package" 2>/dev/null | grep -q "^Version: $version" || fail "$package is not recorded in $root"
-done
 [[ -L $root/$libdir/libZt.Core.Ex.so && -f $root/$libdir/libZt.Core.Ex.so.1.0.0 ]] || fail "libraries not in /$libdir"
 readelf -d "$root/usr/bin/zt-convert" | grep -qE 'RPATH|RUNPATH' && fail "zt-convert carries a run path"
 LD_LIBRARY_PATH=$root/$libdir "$root/usr/bin/zt-convert" --version || fail "the unpacked zt-convert does not run"

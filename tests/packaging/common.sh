@@ -1,6 +1,5 @@
 #!/usr/bin/env bash
-# Shared by the packaging checks: fail notes a failure, abort ends at once, finish with the verdict.
-# Run rather than sourced, it runs one of its functions: bash common.sh pc_tree <arguments...>
+# The packaging checks' verdicts (fail, abort, finish); run, not sourced: bash common.sh pc_tree ...
 set -uo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 status=0
@@ -8,9 +7,8 @@ fail() { echo "FAIL: $*"; status=1; }
 abort() { echo "FAIL: $*"; exit 1; }
 finish() { [[ $status -ne 0 ]] || echo "ok: $*"; exit $status; }
 
-# pc_tree <what> <root> <pkg-config dir> [<work dir> <c++> [flags...]]: the zt-core-ex.pc found
-# there alone leads into <root> to every file a user needs; given a compiler, consumer.cpp builds
-# with `pkg-config --cflags --libs` alone, as a Makefile user would, and runs.
+# pc_tree <what> <root> <pc dir> [<work dir> <c++> [flags...]]: that zt-core-ex.pc alone leads into
+# <root> to every file a user needs; with a compiler, consumer.cpp builds from it alone and runs.
 pc_tree() {
   local what=$1 root file libdir includedir
   root=$(cd "$2" && pwd -P)
@@ -22,7 +20,6 @@ pc_tree() {
     "$includedir/ZtCoreEx/ZtCoreEx.h" "$libdir/cmake/ZtCoreEx/ZtCoreExConfig.cmake"; do
     [[ -e $file && $(realpath "$file") == "$root"/* ]] || fail "$what: $file is missing or not in $root"
   done
-  echo "$what: zt-core-ex $(pkg-config --modversion zt-core-ex), libdir $libdir, includedir $includedir"
   [[ -n ${5:-} ]] || return 0
   rm -rf "$4" && mkdir -p "$4"
   # shellcheck disable=SC2046  # the flags are meant to split

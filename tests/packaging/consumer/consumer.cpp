@@ -1,5 +1,4 @@
-// A user's program against the installed library: the umbrella header, the exported classes and a
-// failure caught across the library boundary.
+// A user's program: the umbrella header, exported classes, a failure caught across the boundary.
 #include <ZtCoreEx.h>
 
 #include <cstdio>
