@@ -4,7 +4,7 @@ import gc
 import numpy as np
 import pytest
 
-import images as ref
+import reference as ref
 import ztcoreex
 
 
