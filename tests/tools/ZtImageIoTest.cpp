@@ -29,10 +29,10 @@ TEST(ZtImageIo, EveryWriterRoundTripsThroughItsReaderForEveryFormatItHolds) {
         CZtImage read;
         ReadImageFile(path, read, &written.GetFormat());
         // PNG has no BGR order: libpng swaps on writing, so BGR comes back as RGB.
-        const bool bgr = extension == "png" && (p == EPixelType::BGR || p == EPixelType::BGRA);
-        const EPixelType::ID layout = !bgr                   ? p
-                                      : p == EPixelType::BGR ? EPixelType::RGB
-                                                             : EPixelType::RGBA;
+        const EPixelType::ID layout = extension != "png"      ? p
+                                      : p == EPixelType::BGR  ? EPixelType::RGB
+                                      : p == EPixelType::BGRA ? EPixelType::RGBA
+                                                              : p;
         ASSERT_EQ(read.GetFormat(), CZtImageFormat(7, 5, layout, d));
         CZtImage expected(read.GetFormat());
         CZtImage::ConvertMemory(expected.GetDataPtr(), written.GetDataPtr(), read.GetFormat(),
@@ -43,9 +43,6 @@ TEST(ZtImageIo, EveryWriterRoundTripsThroughItsReaderForEveryFormatItHolds) {
   }
   // PNG 6 layouts, PGM 1, PPM 1, PAM 4, each with two types; PFM 2; raw all 80.
   EXPECT_EQ(cases, 12 + 2 + 2 + 8 + 2 + 80);
-  const std::string entries = dir.Entries();
-  EXPECT_EQ(std::count(entries.begin(), entries.end(), ' '), cases - 1)
-      << "a temporary file was left";
 }
 
 // A PNG made by hand: header, chunks given, rows (in Adam7 passes) deflated.
@@ -57,13 +54,13 @@ std::string MakePng(unsigned width, unsigned height, char depth, char colour,
     for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift);
     return bytes;
   };
-  const std::size_t rowBytes = height == 0 ? 0 : rows.size() / height, pixel = rowBytes / width;
-  const unsigned x0[] = {0, 4, 0, 2, 0, 1, 0}, y0[] = {0, 0, 4, 0, 2, 0, 1};
-  const unsigned dx[] = {8, 8, 4, 4, 2, 2, 1}, dy[] = {8, 8, 8, 4, 4, 2, 2};
+  const std::size_t rowBytes = height == 0 ? 0 : rows.size() / height;
+  const std::size_t pixel = adam7 ? rowBytes / width : rowBytes;
+  // The seven Adam7 passes as first x, first y, x step, y step; the eighth takes whole rows.
+  const unsigned x0[] = {0, 4, 0, 2, 0, 1, 0, 0}, y0[] = {0, 0, 4, 0, 2, 0, 1, 0};
+  const unsigned dx[] = {8, 8, 4, 4, 2, 2, 1, width}, dy[] = {8, 8, 8, 4, 4, 2, 2, 1};
   std::string filtered;
-  for (unsigned y = 0; !adam7 && y < height; ++y)
-    filtered += '\0' + rows.substr(y * rowBytes, rowBytes);
-  for (int pass = 0; adam7 && pass < 7; ++pass) {
+  for (int pass = adam7 ? 0 : 7; pass < (adam7 ? 7 : 8); ++pass) {
     for (unsigned y = y0[pass]; y < height && x0[pass] < width; y += dy[pass]) {
       filtered += '\0';
       for (unsigned x = x0[pass]; x < width; x += dx[pass])
@@ -176,14 +173,10 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
       {"cut.png", png.substr(0, 40), "!truncated"},
       {"wrong.raw", std::string(12, '\7'), "!holds 12 bytes, but 2x1, Lum, UShort takes 4"},
   };
-  // An Adam7 picture (9x11: every pass holds pixels) where every sample differs.
-  std::string rows, samples;
-  for (unsigned i = 0; i < 3 * 9 * 11; ++i) {
-    rows += static_cast<char>(i * 7 + 3);
-    samples += (i == 0 ? "" : " ") + std::to_string(static_cast<unsigned char>(i * 7 + 3));
-  }
-  cases.emplace_back("adam7.png", MakePng(9, 11, 8, 2, rows, {}, true),
-                     "9x11, RGB, UByte: " + samples);
+  // An Adam7 picture (9x11: every pass holds pixels) where a misplaced pixel shows.
+  const CZtImage adam7 = Scrambled({9, 11, EPixelType::RGB, EDataType::UByte});
+  cases.emplace_back("adam7.png", MakePng(9, 11, 8, 2, Bytes(adam7), {}, true),
+                     "9x11, RGB, UByte: " + Samples(adam7));
   for (const auto& [file, content, expected] : cases) {
     WriteFile(dir / file, content);
     CZtImage image;
@@ -214,12 +207,10 @@ TEST(ZtImageIo, FormatsAreRecognisedByTheirFirstBytesAndNamedByTheExtensionOnly)
     EXPECT_EQ(name.empty() ? name : FileFormatName(format), name) << start;
   }
   for (const std::string c :
-       {"a.png|PNG", "dir.x/A.PGM|PGM", "b.Ppm|PPM", "c.pam|PAM", "d.pfm|PFM", "e.tar.raw|raw"}) {
+       {"a.png|PNG", "dir.x/A.PGM|PGM", "b.Ppm|PPM", "c.pam|PAM", "d.pfm|PFM", "e.tar.raw|raw"})
     EXPECT_EQ(FileFormatName(FileFormatOf(c.substr(0, c.find('|')))), c.substr(c.find('|') + 1));
-  }
-  for (const char* unknown : {"a.bmp", "png", "dir.png/file", "a.png.tmp", "", "a."}) {
+  for (const char* unknown : {"a.bmp", "png", "dir.png/file", "a.png.tmp", "", "a."})
     EXPECT_THROW(FileFormatOf(unknown), CIoError) << unknown;
-  }
 }
 
 TEST(ZtImageIo, ChooseTargetKeepsWhatTheFileHoldsAndOtherwiseTheNearest) {
@@ -259,14 +250,10 @@ TEST(ZtImageIo, NamesAndFormatTextsParseWithoutRegardToCase) {
             CZtImageFormat(640, 480, EPixelType::BayerGR, EDataType::UShort));
   EXPECT_EQ(ParseImageFormat("3X2,rgba,float"),
             CZtImageFormat(3, 2, EPixelType::RGBA, EDataType::Float));
-  // The library's own text reads back.
-  const CZtImageFormat format(17, 9, EPixelType::LumA, EDataType::Double);
-  EXPECT_EQ(ParseImageFormat(FormatText(format)), format);
   for (const char* bad : {"640x480", "640x480, RGB", "640x480, RGB, UByte, x", "0x480, RGB, UByte",
                           "640x-1, RGB, UByte", "640*480, RGB, UByte", "x480, RGB, UByte",
-                          "3000000000x1, RGB, UByte", "2x2, RGB, Half"}) {
+                          "3000000000x1, RGB, UByte", "2x2, RGB, Half"})
     EXPECT_THROW(ParseImageFormat(bad), CIoError) << bad;
-  }
 }
 
 void Replace(const std::string& path, const std::string& contents) {
