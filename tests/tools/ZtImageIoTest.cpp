@@ -190,7 +190,7 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
   EXPECT_THROW(ReadImageFile(dir / "exact.raw", image), CIoError);
 }
 
-TEST(ZtImageIo, FormatsAreRecognisedByTheirFirstBytesAndNamedByTheExtensionOnly) {
+TEST(ZtImageIo, FormatsAreKnownByFirstBytesAndExtensionTargetsChosenAndNamesParsed) {
   // The start of a file, '|' and the format it shows, if any.
   for (const std::string c : {"\x89PNG\r\n\x1a\n|PNG", "\x89PNG\r\n\x1a|", "P1\n|PBM", "P4 |PBM",
                               "P2\t|PGM", "P5\r|PGM", "P3\n|PPM", "P6\n|PPM", "P7\n|PAM",
@@ -206,34 +206,24 @@ TEST(ZtImageIo, FormatsAreRecognisedByTheirFirstBytesAndNamedByTheExtensionOnly)
     EXPECT_EQ(FileFormatName(FileFormatOf(c.substr(0, c.find('|')))), c.substr(c.find('|') + 1));
   for (const char* unknown : {"a.bmp", "png", "dir.png/file", "a.png.tmp", "", "a."})
     EXPECT_THROW(FileFormatOf(unknown), CIoError) << unknown;
-}
-
-TEST(ZtImageIo, ChooseTargetKeepsWhatTheFileHoldsAndOtherwiseTheNearest) {
-  // A file format, the layout and type of a source, and those of the target.
-  const char* cases[][3] = {
-      {"png", "BGRA, UShort", "BGRA, UShort"},  // held as it is
-      {"png", "BayerRG, UByte", "Lum, UByte"},  // a mosaic is one sample
-      {"png", "RGBA, Float", "RGBA, UShort"},   // wide samples keep 16 bits
-      {"png", "LumA, Byte", "LumA, UByte"},     // 8-bit stays 8-bit
-      {"pgm", "RGBA, Int", "Lum, UShort"},     {"ppm", "LumA, UByte", "RGB, UByte"},
-      {"pam", "BGRA, Double", "RGBA, UShort"}, {"pam", "BGR, Short", "RGB, UShort"},
-      {"pfm", "RGBA, UByte", "RGB, Float"},    {"pfm", "LumA, Double", "Lum, Float"},
-      {"raw", "BayerGB, Int", "BayerGB, Int"},
-  };
-  for (const auto& [extension, from, to] : cases) {
-    const EFileFormat format = FileFormatOf(std::string(".") + extension);
-    const CZtImageFormat source = ParseImageFormat(std::string("1x1, ") + from);
+  // ChooseTarget: a format, a source's layout and type, '>' and the target's. What the format
+  // holds stays, a mosaic is one sample, wide samples keep 16 bits, 8-bit stays 8-bit.
+  for (const std::string c : {"png BGRA, UShort > BGRA, UShort", "png BayerRG, UByte > Lum, UByte",
+                              "png RGBA, Float > RGBA, UShort", "png LumA, Byte > LumA, UByte",
+                              "pgm RGBA, Int > Lum, UShort", "ppm LumA, UByte > RGB, UByte",
+                              "pam BGRA, Double > RGBA, UShort", "pam BGR, Short > RGB, UShort",
+                              "pfm RGBA, UByte > RGB, Float", "pfm LumA, Double > Lum, Float",
+                              "raw BayerGB, Int > BayerGB, Int"}) {
+    const EFileFormat format = FileFormatOf("." + c.substr(0, 3));
+    const CZtImageFormat source = ParseImageFormat("1x1, " + c.substr(4, c.find('>') - 5));
     CZtImageFormat target(1, 1, EPixelType::RGB, EDataType::UByte);
     ChooseTarget(format, source.PixelType, source.DataType, target.PixelType, target.DataType);
-    EXPECT_EQ(FormatText(target), std::string("1x1, ") + to) << extension << " from " << from;
+    EXPECT_EQ(c.substr(0, c.find('>') + 2) + FormatText(target).substr(5), c);
     EXPECT_TRUE(CanHold(format, target.PixelType, target.DataType));
   }
-}
-
-TEST(ZtImageIo, NamesAndFormatTextsParseWithoutRegardToCase) {
+  // Layout and type names, and format texts, parse without regard to case.
   for (EPixelType::ID p : kAllPixelTypes) {
     std::string name = CZtImageFormat::PixelType2String(p).ToCString();
-    EXPECT_EQ(ParsePixelType(name), p);
     std::transform(name.begin(), name.end(), name.begin(), [](char c) { return std::toupper(c); });
     EXPECT_EQ(ParsePixelType(name), p);
   }
@@ -249,12 +239,6 @@ TEST(ZtImageIo, NamesAndFormatTextsParseWithoutRegardToCase) {
                           "640x-1, RGB, UByte", "640*480, RGB, UByte", "x480, RGB, UByte",
                           "3000000000x1, RGB, UByte", "2x2, RGB, Half"})
     EXPECT_THROW(ParseImageFormat(bad), CIoError) << bad;
-}
-
-void Replace(const std::string& path, const std::string& contents) {
-  CAtomicFile file(path);
-  std::fputs(contents.c_str(), file.File());
-  file.Commit();
 }
 
 mode_t ModeOf(const std::string& path) {
@@ -279,7 +263,9 @@ TEST(ZtAtomicFile, ReplacingKeepsModeAndLinksOfTheOldName) {
     CScratchDir dir;
     ASSERT_TRUE(dir.Run(setup));
     const mode_t before = ModeOf(dir / written);
-    Replace(dir / written, "new");
+    CAtomicFile file(dir / written);
+    std::fputs("new", file.File());
+    file.Commit();
     std::istringstream after(contents);
     for (std::string pair; after >> pair;) {
       const std::string name = pair.substr(0, pair.find('='));
@@ -322,11 +308,11 @@ TEST(ZtAtomicFile, AFailedWriteLeavesNoFileKeepsWhatStoodThereAndRestoresSignals
   // A committed file replaces the old one; a new one gets the usual mode.
   const mode_t mask = umask(022);
   WriteImageFile(path, grey);
-  Replace(dir / "new", "x");
+  WriteImageFile(dir / "new.pgm", grey);
   umask(mask);
   EXPECT_EQ(ReadFile(path), "P5\n2 2\n255\n" + Bytes(grey));
-  EXPECT_EQ(ModeOf(dir / "new"), 0644u);
-  EXPECT_EQ(dir.Entries(), "kept.pgm new");
+  EXPECT_EQ(ModeOf(dir / "new.pgm"), 0644u);
+  EXPECT_EQ(dir.Entries(), "kept.pgm new.pgm");
 }
 
 }  // namespace
