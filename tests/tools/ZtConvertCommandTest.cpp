@@ -29,7 +29,6 @@ TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
   WriteFile(dir / "cut.pgm", "P5\n2 2\n255\n\1\2");
   const std::tuple<std::string, int, const char*> runs[] = {
       {"-h", 0, "usage: zt-convert"},
-      {"--help", 0, "usage: zt-convert"},
       {"--version", 0, "zt-convert (Zt.Core.Ex) 1."},
       {"", 2, "needs an INPUT and an OUTPUT file"},
       {"a.png b.png c.png", 2, "too many files: c.png"},
@@ -59,8 +58,7 @@ TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
       {"-l LumA -t Float absent.pgm out.pfm", 2,
        "PFM files hold Lum or RGB with Float samples, not LumA, Float"},
       {"-f ppm -l Lum absent.pgm out.png", 2, "out.png: PPM files hold RGB"},
-      // Three greys through every file format and back; 51 / 255 is 0.2 as a float.
-      // The option spellings vary along the way; -f wins over a name's extension.
+      // Three greys through every file format and back (51 / 255 is 0.2f), options spelt variously.
       {"--verbose --layout RGB @start.pgm @float.pfm", 0, "(3x1, Lum, UByte) -> "},
       {"-v -l RGBA --format=.pam @float.pfm @deep", 0, "(3x1, RGB, Float) -> "},
       {"-v --layout=BGRA --type ushort @deep @swapped.png", 0, "(3x1, RGBA, UShort) -> "},
@@ -88,8 +86,7 @@ TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1) << text;
     EXPECT_EQ(dir.Entries(), before) << command;
   }
-  // 0.2f -> UShort 13107 -> Double 0.2 -> UByte 51: the same greys come back, and
-  // the alpha filled at full scale (in UShort, a PAM's default from a PFM) was dropped.
+  // 0.2f -> 13107 -> 0.2 -> 51 return the greys; the alpha a PAM got at full scale was dropped.
   EXPECT_EQ(ReadFile(dir / "end.ppm"), "P6\n3 1\n255\n\0\0\0\63\63\63\377\377\377"s);
   CZtImage deep;
   ReadImageFile(dir / "deep", deep);
