@@ -41,7 +41,7 @@ public:
       names.insert(entry.path().filename());
     std::string joined;
     for (const auto& name : names) joined += " " + name;
-    return joined.substr(1);
+    return joined.erase(0, 1);
   }
 
 private:
