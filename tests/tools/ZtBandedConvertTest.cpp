@@ -6,8 +6,6 @@
 #include "ZtToolTestSupport.h"
 
 using namespace Zt;
-using P = EPixelType;
-using D = EDataType;
 
 namespace {
 
@@ -22,11 +20,11 @@ TEST(ZtBandedConvert, SplitRowsCoversEveryRowOnceAndConvertRefusesWhatTheLibrary
     EXPECT_EQ(bands, c);
   }
   // What the library refuses, and unequal sizes, are refused.
-  const CZtImage source = ZtTest::Scrambled({4, 4, P::RGB, D::UByte});
-  CZtImage target(CZtImageFormat(4, 4, P::RGB, D::Float));
+  const CZtImage source = ZtTest::Scrambled({4, 4, EPixelType::RGB, EDataType::UByte});
+  CZtImage target(CZtImageFormat(4, 4, EPixelType::RGB, EDataType::Float));
   for (const auto& [to, accepted] : {std::pair{target.GetFormat(), true},
-                                     {{4, 4, P::BayerRG, D::UByte}, false},
-                                     {{4, 3, P::RGB, D::Float}, false}}) {
+                                     {{4, 4, EPixelType::BayerRG, EDataType::UByte}, false},
+                                     {{4, 3, EPixelType::RGB, EDataType::Float}, false}}) {
     EXPECT_EQ(accepted, ZtThreads::ConvertInBands(target.GetDataPtr(), source.GetDataPtr(), to,
                                                   source.GetFormat(), 2));
   }

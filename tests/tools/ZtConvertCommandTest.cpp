@@ -7,13 +7,12 @@
 
 using namespace ZtTools;
 using namespace ZtTest;
-using CArguments = std::vector<std::string>;
 
 namespace {
 
 // The words of a command line: '...' holds blanks, "@name" is a scratch file.
-CArguments Words(const std::string& command, const CScratchDir* dir = nullptr) {
-  CArguments words;
+std::vector<std::string> Words(const std::string& command, const CScratchDir* dir) {
+  std::vector<std::string> words;
   std::istringstream text(command);
   for (std::string word; text >> std::quoted(word, '\'');)
     words.push_back(dir != nullptr && word[0] == '@' ? *dir / word.substr(1) : word);
