@@ -19,8 +19,8 @@ std::vector<std::string> Words(const std::string& command, const CScratchDir* di
   return words;
 }
 
-// Runs in turn in a scratch directory: exit 0 says what it did on stdout, 1 (failed) or 2
-// (refused, before INPUT is opened: those inputs do not exist) why in one line on stderr.
+// Exit 0 says what it did on stdout; 1 (failed) or 2 (refused before INPUT, absent, is opened)
+// why, in one line on stderr. The runs share one scratch directory; with -r a file is raw.
 TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
   CScratchDir dir;
   WriteFile(dir / "start.pgm", "P2\n3 1\n255\n0 51 255\n");
@@ -67,7 +67,6 @@ TEST(ZtConvertCommand, EveryRunExitsWithItsCodeAndSaysWhatItDid) {
       {"@in.pgm @grey.png", 0, ""},
       {"-f PNM @missing.pgm -", 1, "cannot open '"},  // a lone "-" is a file
       {"@cut.pgm @out.png", 1, "file is truncated"},
-      // With -r a file is raw, whatever its content says.
       {"-r '2x2, Lum, UByte' @cut.pgm @out.png", 1, "holds 13 bytes, but 2x2, Lum, UByte takes 4"},
       {"--max-pixels 1 @in.pgm @out.png", 1, "image of 2x1 is larger than 1 pixels"},
       {"@cut.pgm @nowhere/out.png", 1, "file is truncated"},

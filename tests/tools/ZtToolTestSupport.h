@@ -29,8 +29,7 @@ public:
     std::filesystem::remove_all(m_Path, ignored);
   }
   std::string operator/(const std::string& name) const { return m_Path + "/" + name; }
-  // Runs a shell command inside the directory; true when it succeeds.
-  bool Run(const std::string& command) const {
+  bool Run(const std::string& command) const {  // a shell command inside; true on success
     return std::system(("cd '" + m_Path + "' && " + command).c_str()) == 0;
   }
 
