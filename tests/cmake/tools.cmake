@@ -4,7 +4,6 @@ if(ZT_BUILD_TOOLS)
   zt_add_gtest(zt_tools_tests
     SOURCES tools/ZtImageIoTest.cpp tools/ZtConvertCommandTest.cpp
     LIBS zt_image_io PNG::PNG)
-  target_include_directories(zt_tools_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/tools)
   add_test(NAME zt_convert_cli
     COMMAND bash ${CMAKE_CURRENT_SOURCE_DIR}/tools/zt_convert_cli.sh $<TARGET_FILE:zt-convert>
       ${PROJECT_SOURCE_DIR}/tools/completion/zt-convert ${CMAKE_CURRENT_BINARY_DIR}/zt-convert-cli
@@ -15,7 +14,6 @@ if(ZT_BUILD_EXAMPLES)
   zt_add_gtest(zt_banded_convert_tests
     SOURCES tools/ZtBandedConvertTest.cpp
     LIBS zt_banded_convert)
-  target_include_directories(zt_banded_convert_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/tools)
   # The example itself, small: it fails when any banded result differs.
   add_test(NAME zt_threads_example COMMAND zt-threads 301x257 5)
 endif()

@@ -28,12 +28,8 @@ public:
     std::error_code ignored;  // what cannot be removed stays, as with rm -rf
     std::filesystem::remove_all(m_Path, ignored);
   }
-  CScratchDir(const CScratchDir&) = delete;
-  CScratchDir& operator=(const CScratchDir&) = delete;
-
   std::string operator/(const std::string& name) const { return m_Path + "/" + name; }
-  // Runs a shell command inside the directory; true when it succeeds.
-  bool Run(const std::string& command) const {
+  bool Run(const std::string& command) const {  // a shell command inside; true on success
     return std::system(("cd '" + m_Path + "' && " + command).c_str()) == 0;
   }
 
@@ -43,8 +39,8 @@ public:
     for (const auto& entry : std::filesystem::directory_iterator(m_Path))
       names.insert(entry.path().filename());
     std::string joined;
-    for (const auto& name : names) joined += (joined.empty() ? "" : " ") + name;
-    return joined;
+    for (const auto& name : names) joined += " " + name;
+    return joined.erase(0, 1);
   }
 
 private:

@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
-# zt-convert as a user runs it (exit codes, stderr, standard streams, fatal signals), its bash
-# completion and, given zt-demo, the demo's pictures. Usage:
-#   zt_convert_cli.sh <zt-convert> <completion script> <scratch dir> [<zt-demo>]
+# zt-convert as a user runs it (exit codes, stderr, streams, fatal signals), its completion and
+# the demo's pictures. Usage: zt_convert_cli.sh <zt-convert> <completion> <scratch dir> [<zt-demo>]
 set -uo pipefail
 shopt -s extglob
 tool=$1 completion=$2 dir=$3 demo=${4:-}
@@ -15,8 +14,7 @@ inputs=$(ls -A)
 
 # expect <exit code> <stderr pattern> <arguments...>: one line on stderr, nothing beside the inputs.
 expect() {
-  local code=$1 pattern=$2 err status
-  shift 2
+  local code=$1 pattern=$2 err status && shift 2
   err=$("$tool" "$@" 2>&1 >/dev/null)
   status=$?
   [[ $status -eq $code && $(wc -l <<<"$err") -eq 1 && $err =~ $pattern && $(ls -A) == "$inputs" ]] ||
@@ -60,8 +58,7 @@ cd completion && touch a.png b.PGM c.txt d.raw || exit 1
 # shellcheck source=/dev/null
 source "$completion"
 offers() {
-  local expected=$1 got
-  shift
+  local expected=$1 got && shift
   COMP_WORDS=(zt-convert "$@") COMP_CWORD=$# COMPREPLY=()
   _zt_convert
   got=$(printf '%s\n' "${COMPREPLY[@]}" | sort | tr '\n' ' ')
@@ -86,9 +83,8 @@ if [[ -n $demo ]]; then
   [[ -z $(ls -A) ]] || fail "zt-demo made a directory of an option"
   "$demo" "$dir/demo" >"$dir/demo.log" || fail "zt-demo: $(cat "$dir/demo.log")"
   cd "$dir/demo" || exit 1
-  for png in chart{,-bgra,-rgb16,-lum,-luma,-lum-rgb,-from-float,-from-signed} mosaic; do
-    [[ -s $png.png ]] || fail "missing $png.png"
-  done
+  pngs=(chart{,-bgra,-rgb16,-lum,-luma,-lum-rgb,-from-float,-from-signed} mosaic)
+  for png in "${pngs[@]}"; do [[ -s $png.png ]] || fail "missing $png.png"; done
   # same <a> <b> <layout> <type>: both files as raw pixels of that format agree.
   same() {
     "$tool" -l "$3" -t "$4" "$1" a.raw && "$tool" -l "$3" -t "$4" "$2" b.raw &&
