@@ -1,19 +1,33 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
+#include <new>
 #include <string>
+#include <tuple>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "ZtChain.h"
+#include "ZtCoreEx.h"
+#include "ZtHollowArray.h"
 #include "ZtParMap.h"
 
-using Zt::CIException;
+using Zt::CZtArrayDouble;
+using Zt::CZtArrayString;
+using Zt::CZtArrayUInt;
 using Zt::CZtException;
+using Zt::CZtMetaData;
 using Zt::CZtParEntry;
 using Zt::CZtSafePtr;
 using Zt::CZtSafePtrRepo;
 using Zt::CZtString;
 using Zt::EParType;
+using ZtTest::Chain;
+using ZtTest::ExpectRaise;
+using ZtTest::Link;
+using ZtTest::Raised;
 
 namespace {
 
@@ -21,416 +35,483 @@ using TEvent = Zt::CZtParEvent<std::string, std::string>;
 using TParMap = Zt::CZtParMap<std::string, std::string>;
 using Zt::Constraint::CAny;
 
-const std::string kMapClass =
-    "Zt::CZtParMap<class std::basic_string<char,struct std::char_traits<char>,class "
-    "std::allocator<char> >,class std::basic_string<char,struct std::char_traits<char>,class "
-    "std::allocator<char> > >::";
+const std::string kStrings =
+    "class std::basic_string<char,struct std::char_traits<char>,class std::allocator<char> >";
+const std::string kMapClass = "Zt::CZtParMap<" + kStrings + "," + kStrings + " >::";
 constexpr const char* kMapFile = "source\\zt.core.development\\ZtParMap";
 
-// --- Test doubles ------------------------------------------------------------
-// The map releases these with a plain operator delete, so they keep their
-// state in scripts that the test owns and hold nothing that needs destroying.
+// Shared objects are released with a plain operator delete: doubles keep state in a script.
 
-struct ConstraintScript {
-  bool accept = true;
-  const char* why = "too big";
-  int checks = 0;
-  int describes = 0;
-  const void* value = nullptr;
+struct Script {
+  bool accept = true;           // what the constraint answers
+  const void* value = nullptr;  // what the constraint last saw
   EParType kind = Zt::ParNone;
+  std::vector<std::string> calls;  // "check", "describe", "read <key>", "write <key>"
+  std::function<void(TParMap*, const std::string&)> onWrite;  // runs before a refusal
+  bool refuseRead = false, refuseWrite = false;
+  int destroyed = 0;
 };
 
-class ScriptedConstraint final : public CAny {
-public:
-  explicit ScriptedConstraint(ConstraintScript* script) : m_pScript(script) {}
+struct ScriptedConstraint final : CAny {
+  explicit ScriptedConstraint(Script* s) : script(s) {}
+  ~ScriptedConstraint() { ++script->destroyed; }
   bool Check(const void* value, EParType kind) override {
-    ++m_pScript->checks;
-    m_pScript->value = value;
-    m_pScript->kind = kind;
-    return m_pScript->accept;
+    script->calls.push_back("check");
+    script->value = value;
+    script->kind = kind;
+    return script->accept;
   }
   CZtString Describe(const void* value, EParType kind) override {
-    ++m_pScript->describes;
-    EXPECT_EQ(value, m_pScript->value);
-    EXPECT_EQ(kind, m_pScript->kind);
-    return m_pScript->why;
+    script->calls.push_back("describe");
+    EXPECT_TRUE(value == script->value && kind == script->kind) << "what Check saw";
+    return "too big";
   }
-
-private:
-  ConstraintScript* m_pScript;
+  Script* script;
 };
 
-struct EventScript {
-  std::vector<std::string> calls;  // "read <key>" and "write <key>", in order
-  std::function<void(TParMap*, const std::string&)> onWrite;  // runs before a refusal
-  bool refuseRead = false;
-  bool refuseWrite = false;
-};
-
-class ScriptedEvent final : public TEvent {
-public:
-  explicit ScriptedEvent(EventScript* script) : m_pScript(script) {}
+struct ScriptedEvent final : TEvent {
+  explicit ScriptedEvent(Script* s) : script(s) {}
+  ~ScriptedEvent() { ++script->destroyed; }
   void OnRead(TParMap*, const std::string* key) override {
-    m_pScript->calls.push_back("read " + *key);
-    if (m_pScript->refuseRead) {
+    script->calls.push_back("read " + *key);
+    if (script->refuseRead) {
       throw CZtException::Create("read refused", "Handler", "Handler::OnRead", 11);
     }
   }
   void OnWrite(TParMap* map, const std::string* key) override {
-    m_pScript->calls.push_back("write " + *key);
-    if (m_pScript->onWrite) {
-      m_pScript->onWrite(map, *key);
-    }
-    if (m_pScript->refuseWrite) {
+    script->calls.push_back("write " + *key);
+    if (script->onWrite) script->onWrite(map, *key);
+    if (script->refuseWrite) {
       throw CZtException::Create("write refused", "Handler", "Handler::OnWrite", 12);
     }
   }
-
-private:
-  EventScript* m_pScript;
+  Script* script;
 };
 
-// --- Chains ------------------------------------------------------------------
-
-using ZtTest::Chain;
-using ZtTest::ChainOf;
-using ZtTest::Raised;
-
-const std::pair<std::string, std::string> kWriteHead{"Zt.Exception", "Error writing parameter"};
-const std::pair<std::string, std::string> kWriteDenied{"Zt.ParAccessWriteException",
-                                                       "Parameter write access denied"};
-const std::pair<std::string, std::string> kReadDenied{"Zt.ParAccessReadException",
-                                                      "Parameter read access denied"};
-const std::pair<std::string, std::string> kUnknownName{"Zt.ParInvalidNameException",
-                                                       "Unknown parameter name"};
-
-std::pair<std::string, std::string> WrongType(const std::string& expected,
-                                              const std::string& given) {
-  return {"Zt.ParInvalidTypeException", "Wrong type for parameter; Expected type '" + expected +
-                                            "' differs from '" + given + "'"};
+// Checks a clone, made through the common base, of class, GUID and line; returns name and message.
+template <class E>
+std::string CloneOf(const char* guid) {
+  E raised("detail", "Zt::Somewhere::Raise", 17, nullptr);
+  const std::unique_ptr<Zt::CIException> clone(
+      static_cast<Zt::CZtParameterException&>(raised).Clone());
+  EXPECT_NE(dynamic_cast<const E*>(clone.get()), nullptr) << guid;
+  EXPECT_EQ(clone->GetGUID(), Zt::CGuid(guid)) << guid;
+  EXPECT_EQ(clone->GetLine(), 17u);
+  const bool base = std::is_same_v<E, Zt::CZtParameterException>;
+  EXPECT_EQ(clone->HasException(Zt::CZtParameterException::ClassGuid), base);  // replaced, not kept
+  return std::string(clone->GetName()) + ": " + clone->GetMessageText();
 }
 
-// --- The six value types ---------------------------------------------------------
+TEST(ParameterExceptions, ComposeTheirMessageAndKeepEverythingInAClone) {
+  EXPECT_EQ(CloneOf<Zt::CZtParameterException>("{3500903C-1B00-4CDB-AFC3-53C91539D6F9}"),
+            "Zt.ParameterException: detail");
+  EXPECT_EQ(CloneOf<Zt::CZtParInvalidNameException>("{2952225E-DB39-479E-A4E1-7496D6D531B2}"),
+            "Zt.ParInvalidNameException: Unknown parameter name; detail");
+  EXPECT_EQ(CloneOf<Zt::CZtParAccessReadException>("{2D69D395-4593-48BC-BC70-05C182CEFAE0}"),
+            "Zt.ParAccessReadException: Parameter read access denied; detail");
+  EXPECT_EQ(CloneOf<Zt::CZtParAccessWriteException>("{2C95F24C-6098-4354-A291-A8A3C0D0EFAE}"),
+            "Zt.ParAccessWriteException: Parameter write access denied; detail");
+  EXPECT_EQ(CloneOf<Zt::CZtParInvalidTypeException>("{944D12C7-608C-4509-9755-66A898B5432C}"),
+            "Zt.ParInvalidTypeException: Wrong type for parameter; detail");
+  EXPECT_EQ(CloneOf<Zt::CZtParInvalidValueException>("{3044F9AE-0257-4215-B36C-E8EFD6A543ED}"),
+            "Zt.ParInvalidValueException: Invalid parameter value; detail");
+}
 
-// The kind's text, an old and a new value.
+// An object of each shared kind, and its repository's class as failures name it.
+CAny* NewShared(CAny*, Script* script) { return new ScriptedConstraint(script); }
+TEvent* NewShared(TEvent*, Script* script) { return new ScriptedEvent(script); }
+std::string RepositoryOf(CAny*) { return "Zt::CZtSafePtrRepo<class Zt::Constraint::CAny>"; }
+std::string RepositoryOf(TEvent*) {
+  return "Zt::CZtSafePtrRepo<class Zt::CZtParEvent<" + kStrings + "," + kStrings + " > >";
+}
+
+struct ByIndex {  // names a typed test's instances by their position
+  template <class T>
+  static std::string GetName(int index) {
+    return std::to_string(index);
+  }
+};
+
 template <class T>
-struct Sample {
-  const char* kind;
-  T old, fresh;
-};
-Sample<unsigned int> SampleOf(unsigned int) { return {"unsigned", 7u, 4000000000u}; }
-Sample<double> SampleOf(double) { return {"double", -2.25, 1e300}; }
-Sample<CZtString> SampleOf(const CZtString&) { return {"string", "old text", "new"}; }
-Sample<std::vector<unsigned int>> SampleOf(const std::vector<unsigned int>&) {
-  return {"unsigned[]", {1u, 2u, 3u}, {9u}};
-}
-Sample<std::vector<double>> SampleOf(const std::vector<double>&) {
-  return {"double[]", {0.5, -0.0, 2.5}, {}};
-}
-Sample<std::vector<CZtString>> SampleOf(const std::vector<CZtString>&) {
-  return {"string[]", {"a", "", "c"}, {"z"}};
+class SafePtr : public ::testing::Test {};
+using SharedKinds = ::testing::Types<CAny, TEvent>;
+TYPED_TEST_SUITE(SafePtr, SharedKinds, ByIndex);
+
+TYPED_TEST(SafePtr, CountsEveryReferenceAndReleasesOnlyTheStorageWithTheLast) {
+  using Ptr = CZtSafePtr<TypeParam>;
+  Script script;
+  CZtSafePtrRepo<TypeParam> repository;
+  TypeParam* const none = nullptr;  // picks the kind's overloads
+  // A failed Register or DeRegister wraps its cause, both naming the repository's member.
+  const auto expectFailure = [&](const std::function<void()>& op, const char* member,
+                                 const char* inner) {
+    const std::string function = RepositoryOf(none) + "::" + member;
+    const char* outer = member[0] == 'R' ? "Error registering" : "Error deregistering";
+    const char* const file = "source\\zt.core.development\\ZtSafePtrRepo";
+    ExpectRaise(op, {{outer, function, file}, {inner, function, file}});
+  };
+  TypeParam* a = NewShared(none, &script);
+  TypeParam* b = NewShared(none, &script);
+  Ptr onA(a, &repository);
+  {
+    Ptr onB(b, &repository), copy(onB), assigned;
+    assigned = copy;
+    EXPECT_EQ(repository.GetReferenceCount(b), 3u);
+    EXPECT_EQ(assigned.GetRepository(), &repository);
+    EXPECT_EQ(repository.GetObjectCount(), 2u);
+    // Registered twice, a reference leaves in one call; one not listed leaves nothing.
+    repository.Register(&copy);
+    EXPECT_EQ(repository.GetReferenceCount(b), 4u);
+    repository.DeRegister(&copy);
+    EXPECT_EQ(repository.GetReferenceCount(b), 2u);
+    repository.DeRegister(&copy);
+    EXPECT_EQ(repository.GetReferenceCount(b), 2u);
+    repository.Register(&copy);
+    // Assignment leaves the old object first, releasing it with its last reference.
+    onA = copy;
+    EXPECT_EQ(repository.GetObjectCount(), 1u);
+    EXPECT_EQ(repository.GetReferenceCount(b), 4u);
+    assigned = Ptr();
+    EXPECT_TRUE(assigned.Get() == nullptr && assigned.GetRepository() == nullptr);
+    EXPECT_EQ(repository.GetReferenceCount(b), 3u);
+  }
+  EXPECT_EQ(repository.GetReferenceCount(b), 1u);
+
+  expectFailure([&] { Ptr invalid(nullptr, &repository); }, "Register", "Argument is invalid");
+  Ptr empty;
+  expectFailure([&] { repository.DeRegister(&empty); }, "DeRegister",
+                "Nullptr --> Object pointer of reference is null");
+  // A pointer whose object left behind its back raises from its destructor, run here in a try.
+  alignas(Ptr) unsigned char storage[sizeof(Ptr)];
+  Ptr* orphan = new (storage) Ptr(NewShared(none, &script), &repository);
+  repository.DeRegister(orphan);
+  EXPECT_EQ(repository.GetObjectCount(), 1u);
+  expectFailure([&] { orphan->~Ptr(); }, "DeRegister",
+                "Nullptr --> Can not find reference in repository");
+  EXPECT_EQ(repository.GetReferenceCount(b), 1u);
+
+  onA = Ptr();
+  EXPECT_EQ(repository.GetObjectCount() + repository.GetReferenceCount(b), 0u) << "b unknown now";
+  EXPECT_EQ(script.destroyed, 0) << "only the storage goes, no destructor runs";
 }
 
-// --- Fixture -------------------------------------------------------------------------
+std::string Mismatch(const std::string& expected, const std::string& given) {
+  return "Wrong type for parameter; Expected type '" + expected + "' differs from '" + given + "'";
+}
+const Chain::value_type kWriteHead{"Zt.Exception", "Error writing parameter"};
+const Chain::value_type kWriteDenied{"Zt.ParAccessWriteException", "Parameter write access denied"};
+const Chain::value_type kReadDenied{"Zt.ParAccessReadException", "Parameter read access denied"};
+const Chain::value_type kUnknownName{"Zt.ParInvalidNameException", "Unknown parameter name"};
 
 class ParMapFixture : public ::testing::Test {
 protected:
   void SetUp() override { m_Map.Init(); }
 
   // Adds an entry as the map's users do, with the chosen shared objects.
-  CZtParEntry& Add(TParMap& map, const std::string& key, EParType kind, bool withConstraint,
-                   bool withEvent) {
-    CZtParEntry& entry = map.GetDirectory()[key];
+  CZtParEntry& Add(const std::string& key, EParType kind, bool constraint = false,
+                   bool event = false, TParMap* map = nullptr) {
+    CZtParEntry& entry = (map != nullptr ? *map : m_Map).GetDirectory()[key];
     entry.Assign(key, kind, "description of " + key,
-                 withConstraint
-                     ? CZtSafePtr<CAny>(new ScriptedConstraint(&m_Constraint), &m_Constraints)
-                     : CZtSafePtr<CAny>(),
-                 withEvent ? CZtSafePtr<TEvent>(new ScriptedEvent(&m_Event), &m_Events)
-                           : CZtSafePtr<TEvent>());
+                 {constraint ? new ScriptedConstraint(&m_Script) : nullptr,
+                  constraint ? &m_Constraints : nullptr},
+                 {event ? new ScriptedEvent(&m_Script) : nullptr, event ? &m_Events : nullptr});
     return entry;
   }
-  CZtParEntry& Add(const std::string& key, EParType kind, bool withConstraint = false,
-                   bool withEvent = false) {
-    return Add(m_Map, key, kind, withConstraint, withEvent);
-  }
 
-  ConstraintScript m_Constraint;
-  EventScript m_Event;
+  Script m_Script;
   CZtSafePtrRepo<CAny> m_Constraints;
   CZtSafePtrRepo<TEvent> m_Events;
   TParMap m_Map;  // after the repositories, so that it dies before them
 };
 
+// An old and a new value of each value type.
+using UInts = std::vector<unsigned int>;
+using Doubles = std::vector<double>;
+using Texts = std::vector<CZtString>;
+std::pair<unsigned int, unsigned int> Samples(unsigned int) { return {7u, 4000000000u}; }
+std::pair<double, double> Samples(double) { return {-2.25, 1e300}; }
+std::pair<CZtString, CZtString> Samples(const CZtString&) { return {"old text", "new"}; }
+std::pair<UInts, UInts> Samples(const UInts&) { return {{1u, 2u, 3u}, {9u}}; }
+std::pair<Doubles, Doubles> Samples(const Doubles&) { return {{0.5, -0.0, 2.5}, {}}; }
+std::pair<Texts, Texts> Samples(const Texts&) { return {{"a", "", "c"}, {"z"}}; }
+
 template <class T>
-class ParMapValue : public ParMapFixture {
-protected:
-  static constexpr EParType kKind = Zt::ZtParKind<T>::value;
-  static T Old() { return SampleOf(T{}).old; }
-  static T New() { return SampleOf(T{}).fresh; }
-};
+class ParMapValue : public ParMapFixture {};
+using ValueTypes = ::testing::Types<unsigned int, double, CZtString, UInts, Doubles, Texts>;
+TYPED_TEST_SUITE(ParMapValue, ValueTypes, ByIndex);
 
-struct SampleName {
-  template <class T>
-  static std::string GetName(int index) {
-    return std::to_string(index) + "_" + SampleOf(T{}).kind;
-  }
-};
-using ValueTypes = ::testing::Types<unsigned int, double, CZtString, std::vector<unsigned int>,
-                                    std::vector<double>, std::vector<CZtString>>;
-TYPED_TEST_SUITE(ParMapValue, ValueTypes, SampleName);
+TYPED_TEST(ParMapValue, ChecksStoresNotifiesAndUndoesRefusedWrites) {
+  const auto samples = Samples(TypeParam{});
+  const TypeParam &old = samples.first, &fresh = samples.second;
+  constexpr EParType kind = Zt::ZtParKind<TypeParam>::value;
+  TParMap& map = this->m_Map;
+  Script& script = this->m_Script;
+  const auto stored = [&](const char* key) -> TypeParam& {
+    return map.template GetValue<TypeParam>(key).Value;
+  };
 
-TYPED_TEST(ParMapValue, StoresAndDeliversTheFirstSlotOnly) {
-  using S = TestFixture;
-  this->Add("p", TestFixture::kKind);
-  TypeParam value = S::Old();
-  EXPECT_TRUE(this->m_Map.ReadParameter("p", value)) << "an entry without a record";
-  EXPECT_EQ(value, TypeParam{});
-  EXPECT_TRUE(this->m_Map.WriteParameter("p", S::New()));
-  EXPECT_TRUE(this->m_Map.ReadParameter("p", value));
-  EXPECT_EQ(value, S::New());
-  const auto& record = this->m_Map.template GetValue<TypeParam>("p");
-  EXPECT_EQ(record.Extra1, TypeParam{});
-  EXPECT_EQ(record.Extra2, TypeParam{});
-}
-
-TYPED_TEST(ParMapValue, ARefusingEventGetsTheOldValueBack) {
-  using S = TestFixture;
-  this->Add("p", TestFixture::kKind, false, true);
-  this->m_Map.template GetValue<TypeParam>("p").Value = S::Old();
+  // The handler sees the new value in the map; refusing it brings the old one back.
+  this->Add("event", kind, false, true);
+  stored("event") = old;
   TypeParam seen{};
-  this->m_Event.onWrite = [&](TParMap* map, const std::string& key) {
-    seen = map->GetValue<TypeParam>(key).Value;
+  script.onWrite = [&](TParMap* m, const std::string& key) {
+    seen = m->GetValue<TypeParam>(key).Value;
   };
-  this->m_Event.refuseWrite = true;
-
-  EXPECT_EQ(Raised([&] { this->m_Map.WriteParameter("p", S::New()); }),
+  script.refuseWrite = true;
+  EXPECT_EQ(Raised([&] { map.WriteParameter("event", fresh); }),
             (Chain{kWriteHead, kWriteDenied, {"Zt.Exception", "write refused"}}));
-  EXPECT_EQ(seen, S::New()) << "the handler sees the new value in the map";
-  EXPECT_EQ(this->m_Map.template GetValue<TypeParam>("p").Value, S::Old());
+  EXPECT_EQ(seen, fresh);
+  EXPECT_EQ(stored("event"), old);
+  script.refuseWrite = false;
+  EXPECT_TRUE(map.WriteParameter("event", fresh));
+  EXPECT_EQ(stored("event"), fresh);
 
-  this->m_Event.refuseWrite = false;
-  EXPECT_TRUE(this->m_Map.WriteParameter("p", S::New()));
-  EXPECT_EQ(this->m_Map.template GetValue<TypeParam>("p").Value, S::New());
-  EXPECT_EQ(this->m_Event.calls, (std::vector<std::string>{"write p", "write p"}));
-}
+  // A refusing constraint sees the caller's value before anything is stored or told.
+  this->Add("checked", kind, true, true);
+  stored("checked") = old;
+  script.accept = false;
+  EXPECT_EQ(
+      Raised([&] { map.WriteParameter("checked", fresh); }),
+      (Chain{kWriteHead,
+             {"Zt.ParInvalidValueException", "Invalid parameter value; 'checked': too big"}}));
+  EXPECT_EQ(script.value, &fresh);
+  EXPECT_EQ(script.kind, kind);
+  EXPECT_EQ(stored("checked"), old);
+  TypeParam value = fresh;
+  EXPECT_TRUE(map.ReadParameter("checked", value));
+  EXPECT_EQ(value, old);
 
-TYPED_TEST(ParMapValue, ARefusingConstraintLeavesNoTrace) {
-  using S = TestFixture;
-  this->Add("p", TestFixture::kKind, true, true);
-  this->m_Map.template GetValue<TypeParam>("p").Value = S::Old();
-  this->m_Constraint.accept = false;
-  const TypeParam candidate = S::New();
-
-  EXPECT_EQ(Raised([&] { this->m_Map.WriteParameter("p", candidate); }),
-            (Chain{kWriteHead,
-                   {"Zt.ParInvalidValueException", "Invalid parameter value; 'p': too big"}}));
-  EXPECT_EQ(this->m_Constraint.value, &candidate) << "the constraint sees the caller's value";
-  EXPECT_EQ(this->m_Constraint.kind, TestFixture::kKind);
-  EXPECT_EQ(this->m_Constraint.describes, 1);
-  EXPECT_EQ(this->m_Map.template GetValue<TypeParam>("p").Value, S::Old());
-  EXPECT_TRUE(this->m_Event.calls.empty());
-
-  // Reading asks no constraint.
-  TypeParam value{};
-  EXPECT_TRUE(this->m_Map.ReadParameter("p", value));
-  EXPECT_EQ(this->m_Constraint.checks, 1);
-}
-
-TYPED_TEST(ParMapValue, ExternalParametersOnlyTellTheirHandler) {
-  using S = TestFixture;
-  this->Add("with", TestFixture::kKind, false, true).external = true;
-  this->Add("without", TestFixture::kKind).external = true;
-
+  // External parameters only tell their handler, if any.
+  this->Add("with", kind, false, true).external = true;
+  this->Add("without", kind).external = true;
   for (const char* key : {"with", "without"}) {
-    EXPECT_FALSE(this->m_Map.WriteParameter(key, S::New())) << key;
-    TypeParam value = S::Old();
-    EXPECT_FALSE(this->m_Map.ReadParameter(key, value)) << key;
-    EXPECT_EQ(value, S::Old()) << key;
-    EXPECT_EQ(this->m_Map.template GetValue<TypeParam>(key).Value, TypeParam{}) << key;
+    EXPECT_FALSE(map.WriteParameter(key, fresh)) << key;
+    EXPECT_FALSE(map.ReadParameter(key, value)) << key;
+    EXPECT_EQ(value, old) << key;
+    EXPECT_EQ(stored(key), TypeParam{}) << key;
   }
-  EXPECT_EQ(this->m_Event.calls, (std::vector<std::string>{"write with", "read with"}));
-
-  // A refusal on this path has no handler of its own: nothing was stored, so
-  // nothing is restored and no access failure stands in the chain.
-  this->m_Event.refuseWrite = true;
-  EXPECT_EQ(Raised([&] { this->m_Map.WriteParameter("with", S::New()); }),
+  // Nothing to restore on the external path, and reads have no wrapper.
+  script.refuseWrite = true;
+  EXPECT_EQ(Raised([&] { map.WriteParameter("with", fresh); }),
             (Chain{kWriteHead, {"Zt.Exception", "write refused"}}));
-}
-
-TYPED_TEST(ParMapValue, ARefusingReadHandlerRaisesAnAccessFailureUnwrapped) {
-  using S = TestFixture;
-  this->Add("p", TestFixture::kKind, false, true);
-  this->m_Map.template GetValue<TypeParam>("p").Value = S::New();
-  this->m_Event.refuseRead = true;
-  TypeParam value = S::Old();
-  EXPECT_EQ(Raised([&] { this->m_Map.ReadParameter("p", value); }),
+  script.refuseRead = true;
+  EXPECT_EQ(Raised([&] { map.ReadParameter("event", value); }),
             (Chain{kReadDenied, {"Zt.Exception", "read refused"}}));
-  EXPECT_EQ(value, S::Old());
+  EXPECT_EQ(value, old);
+  EXPECT_EQ(script.calls, (std::vector<std::string>{"write event", "write event", "check",
+                                                    "describe", "read checked", "write with",
+                                                    "read with", "write with", "read event"}));
 }
 
-// --- Checks and their order --------------------------------------------------
-
+// Access comes before the kind, and both before the constraint, which refuses here.
 TEST_F(ParMapFixture, ChecksNameThenAccessThenKindThenConstraint) {
+  m_Script.accept = false;
+  Add("read only", Zt::ParStringArray, true).writable = false;
+  Add("write only", Zt::ParInt, true).readable = false;
+  const std::string type = "Zt.ParInvalidTypeException";
   const struct {
-    const char* what;
-    bool readable, writable;
-    EParType kind;
-    Chain write, read;  // the read chain is the write chain without its head
+    const char* key;
+    Chain write, read;
   } cases[] = {
-      {"all granted",
-       true,
-       true,
-       Zt::ParUnsigned,
-       {kWriteHead, {"Zt.ParInvalidValueException", "Invalid parameter value; 'p': too big"}},
-       {}},
-      {"wrong kind",
-       true,
-       true,
-       Zt::ParDouble,
-       {kWriteHead, WrongType("double", "unsigned")},
-       {WrongType("double", "unsigned")}},
-      {"no access, wrong kind",
-       false,
-       false,
-       Zt::ParString,
-       {kWriteHead, kWriteDenied},
-       {kReadDenied}},
-      {"read only, wrong kind",
-       true,
-       false,
-       Zt::ParStringArray,
-       {kWriteHead, kWriteDenied},
-       {WrongType("string[]", "unsigned")}},
-      {"write only, no table",
-       false,
-       true,
-       Zt::ParInt,
-       {kWriteHead, WrongType("int", "unsigned")},
-       {kReadDenied}},
-  };
-  m_Constraint.accept = false;
+      {"read only", {kWriteHead, kWriteDenied}, {{type, Mismatch("string[]", "unsigned")}}},
+      {"write only", {kWriteHead, {type, Mismatch("int", "unsigned")}}, {kReadDenied}},
+      {"unknown", {kWriteHead, kUnknownName}, {kUnknownName}}};
   for (const auto& c : cases) {
-    m_Map.Clear();
-    CZtParEntry& entry = Add("p", c.kind, true);
-    entry.readable = c.readable;
-    entry.writable = c.writable;
     unsigned int value = 5u;
-    EXPECT_EQ(Raised([&] { m_Map.WriteParameter("p", 6u); }), c.write) << c.what;
-    EXPECT_EQ(Raised([&] { m_Map.ReadParameter("p", value); }), c.read) << c.what;
-    EXPECT_EQ(value, c.read.empty() ? 0u : 5u) << c.what;
+    EXPECT_EQ(Raised([&] { m_Map.WriteParameter(c.key, 6u); }), c.write) << c.key;
+    EXPECT_EQ(Raised([&] { m_Map.ReadParameter(c.key, value); }), c.read) << c.key;
+    EXPECT_EQ(value, 5u) << c.key;
   }
-  unsigned int value = 5u;
-  EXPECT_EQ(Raised([&] { m_Map.WriteParameter("q", 6u); }), (Chain{kWriteHead, kUnknownName}));
-  EXPECT_EQ(Raised([&] { m_Map.ReadParameter("q", value); }), (Chain{kUnknownName}));
-  EXPECT_FALSE(m_Map.HasParameter("q")) << "a failed look-up adds no entry";
+  EXPECT_FALSE(m_Map.HasParameter("unknown")) << "a failed look-up adds no entry";
+  EXPECT_TRUE(m_Script.calls.empty());
 }
 
 TEST(ParMapKinds, HaveTheirTextsAndEveryOtherValueIsUnknown) {
-  const std::pair<int, const char*> names[] = {
-      {0, "none"},     {1, "int"},     {2, "unsigned"},   {3, "double"},
-      {4, "string"},   {5, "int[]"},   {6, "unsigned[]"}, {7, "double[]"},
-      {8, "string[]"}, {9, "unknown"}, {-1, "unknown"},   {0x7fffffff, "unknown"}};
-  for (const auto& [kind, name] : names) {
-    EXPECT_STREQ(Zt::GetParTypeName(static_cast<EParType>(kind)).ToCString(), name) << kind;
-  }
+  std::string names;
+  for (int kind : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, -1, 0x7fffffff})
+    names += std::string(Zt::GetParTypeName(static_cast<EParType>(kind)).ToCString()) + " ";
+  EXPECT_EQ(names,
+            "none int unsigned double string int[] unsigned[] double[] string[] unknown unknown "
+            "unknown ");
 }
 
-TEST_F(ParMapFixture, OrdersKeysByUnsignedBytesShorterFirst) {
-  for (const char* key : {"b", "\xff", "ab", "a", "B", "", "a\x80", "a\x7f"}) {
-    Add(key, Zt::ParUnsigned);
-  }
-  std::vector<std::string> order;
-  for (const auto& entry : m_Map.GetDirectory()) {
-    order.push_back(entry.first);
-  }
-  EXPECT_EQ(order, (std::vector<std::string>{"", "B", "a", "ab", "a\x7f", "a\x80", "b", "\xff"}));
-}
-
-// --- Entries, copies, clearing --------------------------------------------------
-
-TEST_F(ParMapFixture, AssignFixesTheFlagsAndTakesItsArguments) {
+// Copies share the entries' objects; Clear releases them; only Finalize allows a second Init.
+TEST_F(ParMapFixture, AssignmentSharesTheObjectsAndClearReleasesThem) {
   CZtParEntry entry;
-  entry.readable = false;
   entry.external = true;
-  CZtSafePtr<CAny> constraint(new ScriptedConstraint(&m_Constraint), &m_Constraints);
-  entry.Assign("name", Zt::ParDoubleArray, "text", constraint, CZtSafePtr<TEvent>());
-  EXPECT_TRUE(entry.readable);
-  EXPECT_TRUE(entry.writable);
-  EXPECT_FALSE(entry.external);
-  EXPECT_EQ(entry.name, "name");
-  EXPECT_EQ(entry.kind, Zt::ParDoubleArray);
-  EXPECT_EQ(entry.description, "text");
-  EXPECT_EQ(entry.constraint.Get(), constraint.Get());
-  EXPECT_EQ(entry.event.Get(), nullptr);
-  // The argument copies are gone again: the caller's and the entry's remain.
-  EXPECT_EQ(m_Constraints.GetReferenceCount(constraint.Get()), 2u);
-}
+  entry.Assign("name", Zt::ParDoubleArray, "text", {}, {});
+  EXPECT_TRUE(entry.readable && entry.writable && !entry.external);
 
-TEST_F(ParMapFixture, AssignmentCopiesValuesDeeplyAndSharesTheObjects) {
-  Add("shared", Zt::ParUnsigned, true, true);
-  EXPECT_TRUE(m_Map.WriteParameter("shared", 1u));
-  Add("list", Zt::ParStringArray);
-  EXPECT_TRUE(m_Map.WriteParameter("list", std::vector<CZtString>{"x", "y"}));
+  Add("shared", Zt::ParDouble, true, true);
+  EXPECT_TRUE(m_Map.WriteParameter("shared", 3.5));
   const CAny* constraint = m_Map.GetDirectory()["shared"].constraint.Get();
   const TEvent* event = m_Map.GetDirectory()["shared"].event.Get();
-
+  EXPECT_EQ(m_Constraints.GetReferenceCount(constraint), 1u) << "Assign's argument copies left";
   {
     TParMap copy;
     copy.Init();
-    Add(copy, "gone", Zt::ParDouble, true, false);
+    Add("gone", Zt::ParDouble, true, false, &copy);
     EXPECT_EQ(m_Constraints.GetObjectCount(), 2u);
     copy = m_Map;
-
     EXPECT_FALSE(copy.HasParameter("gone"));
-    EXPECT_EQ(m_Constraints.GetObjectCount(), 1u) << "the replaced entry's object went with it";
+    EXPECT_EQ(m_Constraints.GetObjectCount(), 1u);
     EXPECT_EQ(m_Constraints.GetReferenceCount(constraint), 2u);
     EXPECT_EQ(m_Events.GetReferenceCount(event), 2u);
     EXPECT_EQ(copy.GetDirectory()["shared"].description, "description of shared");
-
-    // Values are the copy's own; the handler is shared.
-    EXPECT_TRUE(copy.WriteParameter("shared", 2u));
-    EXPECT_TRUE(copy.WriteParameter("list", std::vector<CZtString>{"z"}));
-    unsigned int number = 0;
-    std::vector<CZtString> list;
-    EXPECT_TRUE(m_Map.ReadParameter("shared", number));
-    EXPECT_TRUE(m_Map.ReadParameter("list", list));
-    EXPECT_EQ(number, 1u);
-    EXPECT_EQ(list, (std::vector<CZtString>{"x", "y"}));
-    EXPECT_EQ(m_Event.calls,
-              (std::vector<std::string>{"write shared", "write shared", "read shared"}));
   }
   EXPECT_EQ(m_Constraints.GetReferenceCount(constraint), 1u);
 
-  // A map assigned to itself keeps everything.
-  TParMap& self = m_Map;
-  m_Map = self;
-  EXPECT_EQ(m_Map.GetDirectory().size(), 2u);
-  EXPECT_EQ(m_Constraints.GetReferenceCount(constraint), 1u);
-  unsigned int number = 0;
-  EXPECT_TRUE(m_Map.ReadParameter("shared", number));
-  EXPECT_EQ(number, 1u);
-}
-
-TEST_F(ParMapFixture, ClearKeepsTheTablesAndOnlyFinalizeAllowsASecondInit) {
-  Add("a", Zt::ParDouble, true, true);
-  EXPECT_TRUE(m_Map.WriteParameter("a", 3.5));
   m_Map.Clear();
-  EXPECT_TRUE(m_Map.GetDirectory().empty());
-  EXPECT_EQ(m_Constraints.GetObjectCount(), 0u);
-  EXPECT_EQ(m_Events.GetObjectCount(), 0u);
-
-  Add("a", Zt::ParDouble);
+  EXPECT_EQ(m_Constraints.GetObjectCount() + m_Events.GetObjectCount(), 0u);
+  Add("shared", Zt::ParDouble);
   double value = 1.0;
-  EXPECT_TRUE(m_Map.ReadParameter("a", value));
+  EXPECT_TRUE(m_Map.ReadParameter("shared", value));
   EXPECT_EQ(value, 0.0) << "the value went with the entry";
 
-  ZtTest::ExpectRaise([&] { m_Map.Init(); },
-                      {{"parameter map already initialized", kMapClass + "Init", kMapFile}});
+  ExpectRaise([&] { m_Map.Init(); },
+              {{"parameter map already initialized", kMapClass + "Init", kMapFile}});
   m_Map.Finalize();
   m_Map.Finalize();
   m_Map.Clear();  // no tables: nothing to do
   m_Map.Init();
-  EXPECT_FALSE(m_Map.HasParameter("a"));
+  EXPECT_FALSE(m_Map.HasParameter("shared"));
+}
+
+// Links of failures raised by the store's member `op`, and by the map's.
+Link Store(const char* op, const std::string& message) {
+  return {message, std::string("Zt::CZtMetaData::") + op, "ZtMetaData"};
+}
+Link Map(const char* op, const std::string& message, const char* name = "") {
+  return {message, kMapClass + op, kMapFile, false, name};
+}
+Link WrongType(const char* op, const std::string& expected, const std::string& given) {
+  return Map(op, Mismatch(expected, given), "Zt.ParInvalidTypeException");
+}
+const Link kWriting = Map("WriteParameter", "Error writing parameter");
+
+// Contents of a value, comparable whatever its form.
+unsigned int Values(unsigned int v) { return v; }
+double Values(double v) { return v; }
+std::string Values(const CZtString& v) { return v.ToCString(); }
+template <class A>
+auto Values(const A& array) {
+  std::vector<decltype(Values(array[0]))> values;
+  for (unsigned long long i = 0; i < array.Length(); ++i) values.push_back(Values(array[i]));
+  return values;
+}
+
+// Each form's kind as added, its kind as read and written, and two values.
+template <class V>
+struct Form {
+  const char *recorded, *demanded;
+  V first, second;
+};
+template <class F>
+void ForEachForm(F&& f) {
+  f(Form<unsigned int>{"unsigned", "unsigned", 4000000000u, 3u});
+  f(Form<double>{"double", "double", -0.125, 6.5e-300});
+  f(Form<CZtString>{"string", "string", "first text", ""});
+  f(Form<CZtArrayUInt>{"unsigned", "unsigned[]", {3, 7u}, {1, 9u}});
+  f(Form<CZtArrayDouble>{"unsigned", "double[]", {2, -1.0}, {3, 0.5}});
+  f(Form<CZtArrayString>{"unsigned", "string[]", {"a,b", ','}, {"z", ','}});
+}
+
+// Each form added as "x", then used on "x" and the unknown "y" in every form.
+TEST(CZtMetaData, EachFormReachesTheElementsOfItsKindOnly) {
+  ForEachForm([](const auto& a) {
+    ForEachForm([&](const auto& b) {
+      using B = std::decay_t<decltype(b.first)>;
+      SCOPED_TRACE(std::string(a.demanded) + " used as " + b.demanded);
+      CZtMetaData store;
+      store.AddElement("x", "description", a.first);
+      ExpectRaise([&] { store.AddElement("x", "new", b.second); },
+                  {Store("AddElement", "Element 'x' already exists")});
+      B value = b.second;
+      ExpectRaise([&] { store.GetElement("y", value); },
+                  {Store("GetElement", "Error getting element 'y'"),
+                   Store("GetElement", "Element 'y' doesn't exist in meta data")});
+      ExpectRaise([&] { store.SetElement("y", b.first); },
+                  {Store("SetElement", "Error setting element 'y'"), kWriting,
+                   Map("WriteParameter", "Unknown parameter name", "Zt.ParInvalidNameException")});
+      if (std::string(a.recorded) != b.demanded) {
+        ExpectRaise([&] { store.GetElement("x", value); },
+                    {Store("GetElement", "Error getting element 'x'"),
+                     WrongType("ReadParameter", a.recorded, b.demanded)});
+        ExpectRaise([&] { store.SetElement("x", b.first); },
+                    {Store("SetElement", "Error setting element 'x'"), kWriting,
+                     WrongType("WriteParameter", a.recorded, b.demanded)});
+        EXPECT_EQ(Values(value), Values(b.second)) << "out argument changed";
+      } else {
+        store.GetElement("x", value);
+        if constexpr (std::is_same_v<decltype(a.first), B>) {
+          EXPECT_EQ(Values(value), Values(a.first));
+        } else {
+          EXPECT_EQ(Values(value), Values(B{})) << "an array element meets an empty record";
+        }
+        store.SetElement("x", b.first);
+        value = b.second;
+        store.GetElement("x", value);
+        EXPECT_EQ(Values(value), Values(b.first));
+      }
+      EXPECT_EQ(store.GetElementCount(), 1u);
+    });
+  });
+}
+
+TEST(CZtMetaData, WalksNamesInUnsignedByteOrderAndCopiesThemAll) {
+  CZtMetaData store;
+  store.AddElement("b", "", CZtArrayDouble(1, 1.0));
+  store.AddElement("a", "", 1.0);
+  store.AddElement("\xc3\xa9", "", CZtString("accented"));
+  store.AddElement("B", "", 1u);
+  store.AddElement("", "", CZtString("empty name"));
+  store.AddElement("ab", "", CZtArrayString("a,b", ','));
+  std::string walk;
+  for (unsigned int i = 0; i < store.GetElementCount(); ++i) {
+    CZtString name, type;
+    store.GetElementNameType(i, name, type);
+    walk += std::string(name.ToCString()) + ":" + type.ToCString() + " ";
+  }
+  EXPECT_EQ(walk, ":string B:uint a:double ab:uint b:uint \xc3\xa9:string ");
+  EXPECT_TRUE(store.HasElement("") && !store.HasElement("A") && store.GetLastError() == "");
+  for (unsigned int index : {6u, 7u, 0xffffffffu}) {
+    CZtString name("untouched"), type("untouched");
+    ExpectRaise([&] { store.GetElementNameType(index, name, type); },
+                {Store("GetElementNameType", "Error Getting Element type"),
+                 Store("GetElementNameType", "Index parameter out of range")});
+    EXPECT_STREQ((name + type).ToCString(), "untoucheduntouched");
+  }
+
+  // Copies, also a store assigned to itself, keep every element and share none.
+  CZtMetaData& self = store;
+  store = self;
+  CZtMetaData copy(store), assigned;
+  assigned.AddElement("gone", "", 2u);
+  assigned = store;
+  store.Clear();
+  EXPECT_EQ(store.GetElementCount(), 0u);
+  EXPECT_FALSE(assigned.HasElement("gone"));
+  double copied = 0, reassigned = 0;
+  copy.GetElement("a", copied);
+  assigned.GetElement("a", reassigned);
+  EXPECT_EQ(std::make_tuple(copy.GetElementCount(), assigned.GetElementCount(), copied, reassigned),
+            std::make_tuple(6u, 6u, 1.0, 1.0));
+}
+
+TEST(CZtMetaData, ArraysWithoutImplementationDifferByFamily) {
+  CZtMetaData store;
+  // Numeric: Length raises, unwrapped in AddElement, after the element exists.
+  const ZtTest::Hollow<CZtArrayUInt> hollow;
+  const Chain::value_type notInitialized{"Zt.Exception", "Nullptr --> Object not initialized"};
+  EXPECT_EQ(Raised([&] { store.AddElement("u", "", hollow); }), Chain{notInitialized});
+  EXPECT_EQ(Raised([&] { store.SetElement("u", hollow); }),
+            (Chain{{"Zt.Exception", "Error setting element 'u'"}, notInitialized}));
+
+  // Strings: an invalid array counts as empty.
+  CZtArrayString invalid;
+  invalid.Delete();
+  store.AddElement("s", "", invalid);
+  EXPECT_TRUE(store.HasElement("u") && store.HasElement("s"));
 }
 
 }  // namespace
