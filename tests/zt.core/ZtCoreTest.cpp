@@ -19,8 +19,7 @@ namespace {
 
 constexpr const char* ZtSourceFile = "ZtCoreTest";
 
-// A derived exception as the parameter layer builds them: name and GUID are
-// replaced after the base is built.
+// A derived exception as the parameter layer builds them: name and GUID set after the base.
 class CTestException : public CZtException {
 public:
   CTestException(const char* message, CIException* inner)
@@ -55,8 +54,7 @@ TEST(CZtException, RaisesCarryMessageFunctionFileAndLine) {
   ExpectRaise(raise, {{"Nullptr --> Not there", "Zt::CZtArrayDouble::Delete", ZtSourceFile}});
 }
 
-// Wrapping adds one link, and the head is a plain CZtException whatever it
-// wraps; out of memory takes the text of what() behind an optional prefix.
+// Wrapping adds a plain CZtException link; out of memory says what() after an optional prefix.
 TEST(CZtException, WrapsAndReportsOutOfMemory) {
   const std::string what = std::bad_alloc().what();
   ExpectRaise(
@@ -117,7 +115,7 @@ TEST(CZtException, ACloneKeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
   EXPECT_LT(text.find("middle"), text.find("std::bad_alloc"));
 }
 
-TEST(CGuid, ParsesTheBracedTextOfEitherCaseIntoItsFields) {
+TEST(CGuid, ParsesTheBracedTextOfEitherCaseAndComparesEveryDigit) {
   constexpr CGuid guid("{3500903C-1B00-4CDB-AFC3-53C91539D6F9}");
   static_assert(guid.Data1 == 0x3500903Cu && sizeof(CGuid) == 16, "built by the compiler");
   std::vector<unsigned> fields{guid.Data2, guid.Data3};
@@ -126,20 +124,14 @@ TEST(CGuid, ParsesTheBracedTextOfEitherCaseIntoItsFields) {
                                            0xF9}));
   EXPECT_EQ(CGuid("{944d12c7-608c-4509-9755-66a898b5432c}"),
             CGuid("{944D12C7-608C-4509-9755-66A898B5432C}"));
-}
-
-TEST(CGuid, EveryDigitTakesPartInTheComparison) {
-  const std::string text = "{2C95F24C-6098-4354-A291-A8A3C0D0EFAE}";
-  const CGuid base(text.c_str());
+  // Every digit takes part in the comparison; malformed text gives the zero GUID.
+  const std::string braced = "{2C95F24C-6098-4354-A291-A8A3C0D0EFAE}";
   for (std::size_t i = 1; i < 37; ++i) {
-    std::string changed = text;
-    changed[i] = text[i] == '0' ? '1' : '0';
-    if (text[i] == '-') continue;
-    EXPECT_TRUE(CGuid(changed.c_str()) != base && !(CGuid(changed.c_str()) == base)) << i;
+    std::string changed = braced;
+    changed[i] = braced[i] == '0' ? '1' : '0';
+    const CGuid base(braced.c_str()), other(changed.c_str());
+    EXPECT_TRUE(braced[i] == '-' || (other != base && !(other == base))) << i;
   }
-}
-
-TEST(CGuid, MalformedTextGivesTheZeroGuid) {
   for (const char* text :
        {static_cast<const char*>(nullptr), "", "3500903C-1B00-4CDB-AFC3-53C91539D6F9",
         "{3500903C-1B00-4CDB-AFC3-53C91539D6F}", "{3500903C-1B00-4CDB-AFC3-53C91539D6F9}x",
@@ -171,10 +163,7 @@ TEST(CZtString, CopiesAssignsAppendsAndConcatenatesByValue) {
   EXPECT_EQ(S(a + b) + "|" + S(a + "; " + b) + "|" + S(a), "leftright|left; right|left");
   EXPECT_TRUE(a + b == "leftright");
   EXPECT_TRUE(a != b);
-}
-
-// Width, length and bytes as a block are read by the byte array's CopyFrom test.
-TEST(CZtString, IsAlwaysAValidBlock) {
+  // Always a valid block (width, length and bytes: the byte array's CopyFrom test).
   EXPECT_TRUE(static_cast<const Zt::IMemoryAccess&>(CZtString("four")).IsValid());
   delete static_cast<Zt::IMemoryAccess*>(new CZtString("x"));  // a virtual destructor
 }
