@@ -269,12 +269,9 @@ TYPED_TEST(TwoDimensionalArray, ElementAccessAndValidityFollowStorageAndExtents)
 }
 
 TEST(TwoDimensionalArrays, NewKeepsLinearPlacesResizeKeepsRowAndColumnCopyFromKeepsWidth) {
-  const struct {
-    unsigned long long fromRows, fromColumns;
-    bool resize;  // Resize, else New
-    unsigned long long rows, columns;
-    Values expected;
-  } cases[] = {
+  // From rows and columns, Resize (else New) to rows and columns: the dump.
+  using ULL = unsigned long long;
+  const std::tuple<ULL, ULL, bool, ULL, ULL, Values> cases[] = {
       {2, 2, true, 3, 3, {3, 3, 1, 2, 0, 3, 4, 0, 0, 0, 0}},
       {2, 2, false, 3, 3, {3, 3, 1, 2, 3, 4, 0, 0, 0, 0, 0}},
       {3, 4, true, 2, 2, {2, 2, 1, 2, 5, 6}},
@@ -286,10 +283,11 @@ TEST(TwoDimensionalArrays, NewKeepsLinearPlacesResizeKeepsRowAndColumnCopyFromKe
       {2, 2, false, 0, 5, {0, 5}},  // ... where New keeps them
       {0, 5, true, 2, 3, {2, 3, 0, 0, 0, 0, 0, 0}},
   };
-  for (const auto& c : cases) {
-    CZtArray2DInt m = Counting<Int2DFamily>(c.fromRows, c.fromColumns);
-    c.resize ? m.Resize(c.rows, c.columns) : m.New(c.rows, c.columns);
-    EXPECT_EQ(Dump(m), c.expected) << &c - cases;
+  for (const auto& [fromRows, fromColumns, resize, rows, columns, expected] : cases) {
+    CZtArray2DInt m = Counting<Int2DFamily>(fromRows, fromColumns);
+    resize ? m.Resize(rows, columns) : m.New(rows, columns);
+    EXPECT_EQ(Dump(m), expected) << fromRows << "x" << fromColumns << " to " << rows << "x"
+                                 << columns;
   }
   CZtArray2DDouble target(1, 2);  // CopyFrom refuses another element width
   const CZtArray2DInt narrow(3, 3);
