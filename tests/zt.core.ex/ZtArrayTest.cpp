@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -167,11 +168,8 @@ TYPED_TEST(NumericArray, ConstructorsAndChangesLeaveTheToldContents) {
   EXPECT_EQ(Dump(A(3)), (Values{0, 0, 0}));
   EXPECT_EQ(Dump(A(2, T(7))), (Values{7, 7}));
   EXPECT_EQ(Dump(A(0, T(7))), Values{});
-  struct Case {
-    std::function<void(IMemory&)> op;  // through the interface, unaware of the type
-    Values expected;
-    bool keepsStorage;  // the block's address stays
-  } const cases[] = {
+  // A change through the interface, unaware of the type; the contents; whether the block stays.
+  const std::tuple<std::function<void(IMemory&)>, Values, bool> cases[] = {
       {[](IMemory& m) { m.New(4); }, {0, 0, 0, 0}, true},
       {[](IMemory& m) { m.New(2); }, {0, 0}, true},
       {[](IMemory& m) { m.New(5); }, {0, 0, 0, 0, 0}, false},
@@ -181,13 +179,15 @@ TYPED_TEST(NumericArray, ConstructorsAndChangesLeaveTheToldContents) {
       {[](IMemory& m) { m.Reset(); }, {0, 0, 0, 0}, true},
       {[](IMemory& m) { m.Delete(); }, {}, true},
   };
-  for (const Case& c : cases) {
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    const auto& [change, expected, keepsStorage] = cases[i];
+    SCOPED_TRACE(i);
     A array = Counting<TypeParam>(1, 4);
     const void* before = array.GetPointer();
-    c.op(array);
-    EXPECT_EQ(Dump(array), c.expected) << &c - cases;
-    EXPECT_TRUE(array.IsValid() && array.GetPointer() == array.GetDataPtr()) << &c - cases;
-    EXPECT_TRUE(!c.keepsStorage || array.GetPointer() == before) << &c - cases;
+    change(array);
+    EXPECT_EQ(Dump(array), expected);
+    EXPECT_TRUE(array.IsValid() && array.GetPointer() == array.GetDataPtr());
+    EXPECT_TRUE(!keepsStorage || array.GetPointer() == before);
   }
   // Lengths beyond the vector's pass through as length_error; New empties first.
   A array = Counting<TypeParam>(1, 3);

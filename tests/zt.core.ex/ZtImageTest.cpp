@@ -9,6 +9,7 @@
 #include <string>
 #include <tuple>
 #include <type_traits>
+#include <typeinfo>
 #include <vector>
 
 #include "ZtChain.h"
@@ -135,8 +136,7 @@ TEST(CZtImageFormat, SizesWrapModulo2To32AndResetAndComparison) {
 }
 
 TEST(CZtImage, RefusedCreateLeavesTheStateThatTheRefusalCallsFor) {
-  // Sizes below 1 and unknown types zero a valid image (Destroy has run); a bound view refuses
-  // them too, in its bool and raising forms, and ends unbound and zero.
+  // Sizes below 1 and unknown types zero a valid image, and a bound view in either form.
   std::vector<std::tuple<int, int, int, int>> refused;
   for (const auto& [w, h] : {std::pair<int, int>{100, 0}, {0, 100}, {-1, 5}, {5, -7}, {1, INT_MIN}})
     refused.emplace_back(w, h, EPixelType::RGB, EDataType::UByte);
@@ -178,9 +178,8 @@ TEST(CZtImage, CopyingFormsCopyDeeplyAndRefuseInvalidSourcesWithoutChange) {
   CZtImage target = Patterned(2, 2, EPixelType::Lum, EDataType::UByte, 50);
   const CZtImage before(target);
   const void* block = target.GetDataPtr();
-  EXPECT_FALSE(target.Create(static_cast<const IImage*>(nullptr)));
-  EXPECT_FALSE(target.Create(&empty));
-  EXPECT_FALSE(target.Create(empty));
+  EXPECT_FALSE(target.Create(static_cast<const IImage*>(nullptr)) || target.Create(&empty) ||
+               target.Create(empty));
   target = empty;
   EXPECT_EQ(target.GetDataPtr(), block);
   EXPECT_TRUE(SameBytes(target, before));
@@ -217,11 +216,10 @@ TEST(CZtImage, SetCopiesIntoTheExistingBlockOnlyBetweenEqualFormats) {
   EXPECT_TRUE(SameBytes(raw, source));
   EXPECT_FALSE(empty.Set(source.GetDataPtr()));
   // Destroy zeroes a valid image and leaves an Empty one alone.
-  CZtImage image = Patterned(2, 2, EPixelType::RGBA, EDataType::Float);
-  EXPECT_TRUE(image.Destroy());
-  EXPECT_TRUE(!image.IsValid() && image.GetDataPtr() == nullptr && IsZeroFormat(image));
-  EXPECT_TRUE(image.Destroy());
-  image.SetZero();  // zero format, null block: clears nothing
+  EXPECT_TRUE(raw.Destroy());
+  EXPECT_TRUE(!raw.IsValid() && raw.GetDataPtr() == nullptr && IsZeroFormat(raw));
+  EXPECT_TRUE(raw.Destroy());
+  raw.SetZero();  // zero format, null block: clears nothing
   CZtImage cleared = Patterned(5, 2, EPixelType::LumA, EDataType::UInt);
   cleared.SetZero();
   const std::vector<unsigned char> zeros(cleared.GetByteCount(), 0);
@@ -358,8 +356,7 @@ Pixel PatternedPixel(std::size_t rotation) {
   return pixel;
 }
 
-// A CZtImage over the test's memory, setting only what pixel access reads, so that indices
-// before the block and offsets past 4 GiB from its pointer are reached safely.
+// An image over the test's memory, set up as far as pixel access reads, at any offset.
 struct ImageOver : CZtImage {
   ImageOver(std::uintptr_t origin, long long width) {
     m_pData = reinterpret_cast<void*>(origin);
@@ -369,8 +366,7 @@ struct ImageOver : CZtImage {
 };
 
 TEST(CZtImagePixel, EveryTypeMovesBitForBitAtWidthTimesYPlusXWrappedToSigned32Bits) {
-  // Width, x, y and the index the pixel lands at: a row's end neighbours the next
-  // row's start, negative indices reach preceding rows, 2^30 pixels make an offset past 4 GiB.
+  // Width, x, y, landing index: row ends, negative indices, an offset past 4 GiB (2^30 pixels).
   const long long rows[][4] = {{5, 2, 1, 7},
                                {5, 5, 0, 5},
                                {5, 0, 1, 5},
@@ -386,9 +382,8 @@ TEST(CZtImagePixel, EveryTypeMovesBitForBitAtWidthTimesYPlusXWrappedToSigned32Bi
     using Pixel = decltype(type);
     const long long size = sizeof(Pixel);
     for (const auto& row : rows) {
-      SCOPED_TRACE(testing::Message()
-                   << sizeof(Pixel::Samples[0]) << "x" << size / sizeof(Pixel::Samples[0]) << " at "
-                   << row[1] << "," << row[2]);
+      const int x = static_cast<int>(row[1]), y = static_cast<int>(row[2]);
+      SCOPED_TRACE(testing::Message() << typeid(Pixel).name() << " at " << x << "," << y);
       std::vector<unsigned char> buffer(static_cast<std::size_t>(16 * size));
       for (std::size_t i = 0; i < buffer.size(); ++i)
         buffer[i] = static_cast<unsigned char>(i * 5 + 1);
@@ -398,13 +393,12 @@ TEST(CZtImagePixel, EveryTypeMovesBitForBitAtWidthTimesYPlusXWrappedToSigned32Bi
                           static_cast<std::uintptr_t>((8 + near - row[3]) * size),
                       row[0]);
       std::vector<unsigned char> expected = buffer;
-      const Pixel written = PatternedPixel<Pixel>(static_cast<std::size_t>(row[1] & 3));
+      const Pixel written = PatternedPixel<Pixel>(static_cast<std::size_t>(x & 3));
       std::memcpy(expected.data() + (8 + near) * size, &written, sizeof(Pixel));
-      image.SetPixel(written, static_cast<int>(row[1]), static_cast<int>(row[2]));
+      image.SetPixel(written, x, y);
       EXPECT_EQ(buffer, expected);
-      Pixel read = PatternedPixel<Pixel>(static_cast<std::size_t>(row[1] + 1));
-      static_cast<const CZtImage&>(image).GetPixel(read, static_cast<int>(row[1]),
-                                                   static_cast<int>(row[2]));
+      Pixel read = PatternedPixel<Pixel>(static_cast<std::size_t>(x + 1));
+      static_cast<const CZtImage&>(image).GetPixel(read, x, y);
       EXPECT_EQ(std::memcmp(&read, &written, sizeof(Pixel)), 0);
     }
   });

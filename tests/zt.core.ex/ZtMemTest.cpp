@@ -124,8 +124,7 @@ TEST_F(CZtMemObjTest, ObjectsKeepTheirAddressesAndDieFromTheTopAndThePointersSta
   EXPECT_EQ(StateOf(m.Memory()), (State{0, 12, 2, 0}));
 }
 
-// Growing to 5 makes three objects, the second fails: the new length and the old count stay.
-// The generic class names its own file and the element's type, though instantiated here.
+// Of three new objects the second fails: the new length and old count stay; names are generic.
 TEST_F(CZtMemObjTest, AFailedConstructionLeavesTheNewLengthAndTheOldCount) {
   const std::string init = "Zt::CZtMemObj<struct Probe>::InitElements";
   CZtMemObj<Probe> m(2);

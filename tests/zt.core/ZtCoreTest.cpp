@@ -34,23 +34,24 @@ public:
   static constexpr CGuid Guid{"{5EE36AA5-1C62-43F8-BC50-DC96AD3829D0}"};
 };
 
+// A clone of what `raise` raised, which outlives the thrown object.
 template <class F>
-unsigned int LineOf(F raise) {
+std::unique_ptr<CZtException> CloneOf(F raise) {
   try {
     raise();
   } catch (CZtException& e) {
-    return e.GetLine();
+    return std::unique_ptr<CZtException>(dynamic_cast<CZtException*>(e.Clone()));
   }
-  return 0;
+  return nullptr;
 }
 
 TEST(CZtException, RaisesCarryMessageFunctionFileAndLine) {
   const auto create = [] { throw CZtException::Create("realloc failed", "f", "Zt::g", 42); };
   EXPECT_EQ(Raised(create), (Chain{{"Zt.Exception", "realloc failed"}}));
   ExpectRaise(create, {{"realloc failed", "Zt::g", "f"}});
-  EXPECT_EQ(LineOf(create), 42u);
+  EXPECT_EQ(CloneOf(create)->GetLine(), 42u);
   const auto raise = [] { ZT_RAISE("Zt::CZtArrayDouble::Delete", "Nullptr --> Not there"); };
-  EXPECT_EQ(LineOf(raise), __LINE__ - 1u);
+  EXPECT_EQ(CloneOf(raise)->GetLine(), __LINE__ - 1u);
   ExpectRaise(raise, {{"Nullptr --> Not there", "Zt::CZtArrayDouble::Delete", ZtSourceFile}});
 }
 
@@ -76,8 +77,7 @@ TEST(CZtException, WrapsAndReportsOutOfMemory) {
 }
 
 TEST(CZtException, ACloneKeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
-  std::unique_ptr<CIException> outer;
-  try {
+  const auto outer = CloneOf([] {
     try {
       try {
         throw CZtOutOfMemoryException::Create("std::bad_alloc", "ZtArrayBase", "f0", 1);
@@ -87,12 +87,10 @@ TEST(CZtException, ACloneKeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
     } catch (CIException& e) {
       throw CZtException::Create("outer", "file", "f2", 3, e);
     }
-  } catch (CIException& e) {
-    outer.reset(e.Clone());
-  }
+  });
   // The thrown objects are gone: each link, of its own class, is a copy.
-  ASSERT_NE(dynamic_cast<const CZtException*>(outer.get()), nullptr);
-  const auto& head = dynamic_cast<const CZtException&>(*outer);
+  ASSERT_NE(outer, nullptr);
+  const CZtException& head = *outer;
   EXPECT_EQ(LinksOf(head),
             (Links{{"outer", "f2", "file"},
                    {"middle", "Zt::Test::Raise", "TestFile", false, "Zt.TestException"},
