@@ -91,19 +91,7 @@ TEST(CZtImage, EveryKnownPairHasItsSizesAndTextAndMakesAnImageThatAnswersFromIt)
   }
 }
 
-// Unknown types display None or Void and have no size (a known pixel type's components stay).
-TEST(CZtImage, UnknownTypesHaveNoSize) {
-  for (int p : kUnknownPixelTypes) {
-    const CZtImageFormat f(2, 2, AsPixelType(p), EDataType::UByte);
-    EXPECT_TRUE(Text(f) == "2x2, None, UByte" && Sizes(f) == std::make_tuple(0, 0, 4u, 0u)) << p;
-  }
-  for (int d : kUnknownDataTypes) {
-    const CZtImageFormat f(2, 2, EPixelType::RGBA, AsDataType(d));
-    EXPECT_TRUE(Text(f) == "2x2, RGBA, Void" && Sizes(f) == std::make_tuple(4, 0, 4u, 0u)) << d;
-  }
-}
-
-TEST(CZtImageFormat, SizesWrapModulo2To32AndResetAndComparison) {
+TEST(CZtImageFormat, SizesWrapModulo2To32AndResetComparisonAndUnknownTypes) {
   // Width, height, pixel and data type; pixels and bytes.
   const std::tuple<int, int, EPixelType::ID, EDataType::ID, unsigned, unsigned> cases[] = {
       {65536, 65536, EPixelType::Lum, EDataType::UByte, 0u, 0u},
@@ -133,6 +121,15 @@ TEST(CZtImageFormat, SizesWrapModulo2To32AndResetAndComparison) {
   EXPECT_TRUE(f == kZero && Text(f) == "0x0, None, Void");
   EXPECT_EQ(Sizes(f), std::make_tuple(0, 0, 0u, 0u));
   static_assert(sizeof(CZtImageFormat) == 16, "four 32-bit fields, nothing else");
+  // Unknown types display None or Void and have no size (a known pixel type's components stay).
+  for (int p : kUnknownPixelTypes) {
+    const CZtImageFormat f(2, 2, AsPixelType(p), EDataType::UByte);
+    EXPECT_TRUE(Text(f) == "2x2, None, UByte" && Sizes(f) == std::make_tuple(0, 0, 4u, 0u)) << p;
+  }
+  for (int d : kUnknownDataTypes) {
+    const CZtImageFormat f(2, 2, EPixelType::RGBA, AsDataType(d));
+    EXPECT_TRUE(Text(f) == "2x2, RGBA, Void" && Sizes(f) == std::make_tuple(4, 0, 4u, 0u)) << d;
+  }
 }
 
 TEST(CZtImage, RefusedCreateLeavesTheStateThatTheRefusalCallsFor) {
@@ -253,7 +250,7 @@ TEST(CZtImage, NormalizeStretchesLumFloatInSinglePrecisionFromFixedExtremes) {
   EXPECT_FALSE(CZtImage().Normalize());
 }
 
-TEST(CZtImageMoniker, NullDataGivesAFormatWithoutMemoryThatSetBindsAndUnbinds) {
+TEST(CZtImageMoniker, NullDataCreateFromAnImageCopiesAndDestroy) {
   const unsigned char memory[12] = {};
   const CZtImageFormat format(2, 2, EPixelType::RGB, EDataType::UByte);
   CZtImageMoniker a, c, d;
@@ -267,14 +264,10 @@ TEST(CZtImageMoniker, NullDataGivesAFormatWithoutMemoryThatSetBindsAndUnbinds) {
     view->Set(nullptr);
     EXPECT_TRUE(!view->IsValid() && view->GetFormat() == format);
   }
-}
-
-// Create from an image reads all first; refusals keep the binding.
-TEST(CZtImageMoniker, CreateFromAnImageAndCopiesShareTheMemoryAndDestroyZeroesOneView) {
+  // Create from an image reads all first; refusals keep the binding.
   CZtImage image, copy;
   ASSERT_TRUE(image.Create(3, 2, EPixelType::BGRA, EDataType::Float));
   const CZtImage empty;
-  unsigned char memory[4] = {};
   const CZtImageFormat old(1, 1, EPixelType::Lum, EDataType::Int);
   CZtImageMoniker view;
   view.Create(old, memory);

@@ -45,7 +45,7 @@ std::unique_ptr<CZtException> CloneOf(F raise) {
   return nullptr;
 }
 
-TEST(CZtException, RaisesCarryMessageFunctionFileAndLine) {
+TEST(CZtException, RaisesCarryMessageFunctionFileAndLineWrapsAndReportsOutOfMemory) {
   const auto create = [] { throw CZtException::Create("realloc failed", "f", "Zt::g", 42); };
   EXPECT_EQ(Raised(create), (Chain{{"Zt.Exception", "realloc failed"}}));
   ExpectRaise(create, {{"realloc failed", "Zt::g", "f"}});
@@ -53,10 +53,7 @@ TEST(CZtException, RaisesCarryMessageFunctionFileAndLine) {
   const auto raise = [] { ZT_RAISE("Zt::CZtArrayDouble::Delete", "Nullptr --> Not there"); };
   EXPECT_EQ(CloneOf(raise)->GetLine(), __LINE__ - 1u);
   ExpectRaise(raise, {{"Nullptr --> Not there", "Zt::CZtArrayDouble::Delete", ZtSourceFile}});
-}
-
-// Wrapping adds a plain CZtException link; out of memory says what() after an optional prefix.
-TEST(CZtException, WrapsAndReportsOutOfMemory) {
+  // Wrapping adds a plain CZtException link; out of memory says what() after an optional prefix.
   const std::string what = std::bad_alloc().what();
   ExpectRaise(
       [] {
