@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <tuple>
 #include <vector>
 
 #include "ZtAllocFail.h"
@@ -42,11 +43,8 @@ State StateOf(const CZtMemBase& m) {
 }
 
 TEST(CZtMemBase, CapacityFollowsTheLengthOnlyUntilTheFirstReservation) {
-  const struct {
-    bool reserve;  // Reserve(count), else Resize(count)
-    unsigned long long count;
-    State after;
-  } steps[] = {
+  // Reserve (else Resize) to a count: the state after.
+  const std::tuple<bool, unsigned long long, State> steps[] = {
       {false, 0, {0, 4, 1, 1}},  // no early return at 0, and no allocation
       {false, 16, {16, 16, 2, 1}},
       {false, 16, {16, 16, 2, 1}},
@@ -64,10 +62,10 @@ TEST(CZtMemBase, CapacityFollowsTheLengthOnlyUntilTheFirstReservation) {
       {true, 13, {9, 16, 7, 0}},
   };
   CZtMem<short> m(0);
-  for (const auto& s : steps) {
-    s.reserve ? m.Reserve(s.count) : m.Resize(s.count);
-    EXPECT_EQ(StateOf(m), s.after) << (s.reserve ? "Reserve(" : "Resize(") << s.count << ")";
-    if (s.reserve) continue;  // Resize points at the last element; Reserve leaves it
+  for (const auto& [reserve, count, after] : steps) {
+    reserve ? m.Reserve(count) : m.Resize(count);
+    EXPECT_EQ(StateOf(m), after) << (reserve ? "Reserve(" : "Resize(") << count << ")";
+    if (reserve) continue;  // Resize points at the last element; Reserve leaves it
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(m.Last()),
               reinterpret_cast<std::uintptr_t>(m.Data()) + (m.Length() - 1) * sizeof(short));
   }
