@@ -139,7 +139,9 @@ TEST(CZtImage, RefusedCreateLeavesTheStateThatTheRefusalCallsFor) {
     refused.emplace_back(w, h, EPixelType::RGB, EDataType::UByte);
   for (int p : kUnknownPixelTypes) refused.emplace_back(2, 2, p, EDataType::UByte);
   for (int d : kUnknownDataTypes) refused.emplace_back(2, 2, EPixelType::RGBA, d);
-  for (const auto& [w, h, p, d] : refused) {
+  for (const auto& row : refused) {
+    int w = 0, h = 0, p = 0, d = 0;  // not bindings: the lambdas below capture them
+    std::tie(w, h, p, d) = row;
     SCOPED_TRACE(testing::Message() << w << "x" << h << " " << p << " " << d);
     CZtImage image = Patterned(4, 4, EPixelType::RGB, EDataType::UByte);
     EXPECT_FALSE(image.Create(w, h, AsPixelType(p), AsDataType(d)));
