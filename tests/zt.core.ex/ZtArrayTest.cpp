@@ -23,14 +23,11 @@ using Calls = std::vector<std::pair<const char*, std::function<void()>>>;
 namespace {
 
 // The array types with the names their failures give, written out here; Rank 2: matrices.
-template <class A, class T, int R>
-struct Family {
-  using Array = A;
-  using Elem = T;
-  static constexpr int Rank = R;
-};
 #define ZT_FAMILY(F, A, T, R, N)                       \
-  struct F : Family<A, T, R> {                         \
+  struct F {                                           \
+    using Array = A;                                   \
+    using Elem = T;                                    \
+    static constexpr int Rank = R;                     \
     static constexpr const char *Name = N, *Type = #T; \
   }
 ZT_FAMILY(DoubleFamily, CZtArrayDouble, double, 1, "Double");
