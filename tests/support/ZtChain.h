@@ -1,8 +1,7 @@
 #ifndef ZT_TESTS_ZTCHAIN_H
 #define ZT_TESTS_ZTCHAIN_H
 
-// A raised chain from the outermost exception inward: as Links (where each was
-// raised) or as a Chain of (name, message) pairs (what a caller is told).
+// A raised chain, outermost first: Links (where each was raised) or (name, message) pairs.
 
 #include <gtest/gtest.h>
 

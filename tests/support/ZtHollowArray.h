@@ -1,8 +1,7 @@
 #ifndef ZT_TESTS_ZTHOLLOWARRAY_H
 #define ZT_TESTS_ZTHOLLOWARRAY_H
 
-// An array whose implementation object is missing, as after a failed
-// construction; the implementation comes back before the array dies.
+// An array without its implementation object, as after a failed construction, until it dies.
 
 namespace ZtTest {
 

@@ -1,8 +1,7 @@
 #ifndef ZT_TESTS_TYPELISTS_H
 #define ZT_TESTS_TYPELISTS_H
 
-// The closed lists of layouts and sample types, written out independently of
-// the library so that tests do not take the library's word for them.
+// The closed lists of layouts and sample types, written out independently of the library.
 
 #include <cstdint>
 

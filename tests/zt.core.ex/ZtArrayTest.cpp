@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <tuple>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "ZtAllocFail.h"
@@ -20,16 +22,12 @@ using Calls = std::vector<std::pair<const char*, std::function<void()>>>;
 
 namespace {
 
-// The array types with the names that their failures must give, written out
-// here rather than taken from the library; Rank 2 for the matrices.
-template <class A, class T, int R>
-struct Family {
-  using Array = A;
-  using Elem = T;
-  static constexpr int Rank = R;
-};
+// The array types with the names their failures give, written out here; Rank 2: matrices.
 #define ZT_FAMILY(F, A, T, R, N)                       \
-  struct F : Family<A, T, R> {                         \
+  struct F {                                           \
+    using Array = A;                                   \
+    using Elem = T;                                    \
+    static constexpr int Rank = R;                     \
     static constexpr const char *Name = N, *Type = #T; \
   }
 ZT_FAMILY(DoubleFamily, CZtArrayDouble, double, 1, "Double");
@@ -58,8 +56,7 @@ Values Dump(const A& array) {
   return values;
 }
 
-// An array of rows x columns elements (one row of them for a plain array)
-// holding 1, 2, 3, ... in linear order.
+// An array of rows x columns elements (a plain one of their product) holding 1, 2, 3, ...
 template <class F>
 typename F::Array Counting(unsigned long long rows, unsigned long long columns) {
   using A = typename F::Array;
@@ -78,8 +75,7 @@ using AllFamilies = ::testing::Types<DoubleFamily, IntFamily, UCharFamily, UIntF
                                      Double2DFamily, Int2DFamily>;
 TYPED_TEST_SUITE(AnyArray, AllFamilies);
 
-// A new array is empty (a matrix without storage is invalid); copies are deep;
-// a plain array copied onto itself keeps its contents, a matrix ends empty.
+// A new array is empty (a matrix invalid); copies are deep; a self-copy keeps a plain array.
 TYPED_TEST(AnyArray, StartEmptyAndCopiesAreDeepAndSelfCopiesKeepOrEmpty) {
   using A = typename TypeParam::Array;
   const A empty;
@@ -106,6 +102,13 @@ TYPED_TEST(AnyArray, StartEmptyAndCopiesAreDeepAndSelfCopiesKeepOrEmpty) {
   self = alias;
   EXPECT_EQ(Dump(self), (TypeParam::Rank == 1 ? expected : Values{0, 0}));
   EXPECT_EQ(self.IsValid(), TypeParam::Rank == 1);
+}
+
+// Both forms of the index operator raise `link` at `index`.
+template <class A>
+void ExpectIndexRaises(A& array, unsigned long long index, const ZtTest::Link& link) {
+  ExpectRaise([&] { (void)array[index]; }, {link});
+  ExpectRaise([&] { (void)std::as_const(array)[index]; }, {link});
 }
 
 TYPED_TEST(AnyArray, AMissingImplementationIsReportedUnderTheWrappersNames) {
@@ -145,11 +148,11 @@ TYPED_TEST(AnyArray, AMissingImplementationIsReportedUnderTheWrappersNames) {
   EXPECT_FALSE(hollow.IsValid());
 }
 
-// A failure of the implementation, CZtArrayBase<T>.
+// A failure of the implementation, CZtArrayBase<T> or CZtArray2DBase<T>.
 template <class F>
 ZtTest::Link BaseFailure(const char* message, const char* member) {
-  return {message, std::string("Zt::CZtArrayBase<") + F::Type + ">::" + member,
-          "source\\zt.core.ex\\ZtArrayBase"};
+  const std::string base = F::Rank == 1 ? "ZtArrayBase" : "ZtArray2DBase";
+  return {message, "Zt::C" + base + "<" + F::Type + ">::" + member, "source\\zt.core.ex\\" + base};
 }
 template <class F>
 class NumericArray : public ::testing::Test {};
@@ -162,11 +165,8 @@ TYPED_TEST(NumericArray, ConstructorsAndChangesLeaveTheToldContents) {
   EXPECT_EQ(Dump(A(3)), (Values{0, 0, 0}));
   EXPECT_EQ(Dump(A(2, T(7))), (Values{7, 7}));
   EXPECT_EQ(Dump(A(0, T(7))), Values{});
-  struct Case {
-    std::function<void(IMemory&)> op;  // through the interface, unaware of the type
-    Values expected;
-    bool keepsStorage;  // the block's address stays
-  } const cases[] = {
+  // A change through the interface, unaware of the type; the contents; whether the block stays.
+  const std::tuple<std::function<void(IMemory&)>, Values, bool> cases[] = {
       {[](IMemory& m) { m.New(4); }, {0, 0, 0, 0}, true},
       {[](IMemory& m) { m.New(2); }, {0, 0}, true},
       {[](IMemory& m) { m.New(5); }, {0, 0, 0, 0, 0}, false},
@@ -176,13 +176,15 @@ TYPED_TEST(NumericArray, ConstructorsAndChangesLeaveTheToldContents) {
       {[](IMemory& m) { m.Reset(); }, {0, 0, 0, 0}, true},
       {[](IMemory& m) { m.Delete(); }, {}, true},
   };
-  for (const Case& c : cases) {
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    const auto& [change, expected, keepsStorage] = cases[i];
+    SCOPED_TRACE(i);
     A array = Counting<TypeParam>(1, 4);
     const void* before = array.GetPointer();
-    c.op(array);
-    EXPECT_EQ(Dump(array), c.expected) << &c - cases;
-    EXPECT_TRUE(array.IsValid() && array.GetPointer() == array.GetDataPtr()) << &c - cases;
-    EXPECT_TRUE(!c.keepsStorage || array.GetPointer() == before) << &c - cases;
+    change(array);
+    EXPECT_EQ(Dump(array), expected);
+    EXPECT_TRUE(array.IsValid() && array.GetPointer() == array.GetDataPtr());
+    EXPECT_TRUE(!keepsStorage || array.GetPointer() == before);
   }
   // Lengths beyond the vector's pass through as length_error; New empties first.
   A array = Counting<TypeParam>(1, 3);
@@ -192,8 +194,7 @@ TYPED_TEST(NumericArray, ConstructorsAndChangesLeaveTheToldContents) {
   EXPECT_EQ(array.Length(), 0u);
 }
 
-// The index is checked in both forms; CopyFrom refuses a null source and
-// another element width, unchanged.
+// The index is checked in both forms; CopyFrom refuses null and other widths, unchanged.
 TYPED_TEST(NumericArray, RefusalsOfIndexAndCopyFrom) {
   const auto outside = BaseFailure<TypeParam>("Array index out of bounds", "operator []");
   for (unsigned long long length : {0ull, 5ull}) {
@@ -203,10 +204,7 @@ TYPED_TEST(NumericArray, RefusalsOfIndexAndCopyFrom) {
       EXPECT_EQ(&array[length - 1], array.GetDataPtr() + length - 1);
       EXPECT_EQ(&constant[length - 1], array.GetDataPtr() + length - 1);
     }
-    for (unsigned long long bad : {length, ~0ull}) {
-      ExpectRaise([&] { (void)array[bad]; }, {outside});
-      ExpectRaise([&] { (void)constant[bad]; }, {outside});
-    }
+    for (unsigned long long bad : {length, ~0ull}) ExpectIndexRaises(array, bad, outside);
   }
   auto self = Counting<TypeParam>(1, 3);
   const std::conditional_t<sizeof(typename TypeParam::Elem) == 1, CZtArrayDouble, CZtArrayUChar>
@@ -236,12 +234,8 @@ TYPED_TEST_SUITE(TwoDimensionalArray, Families2D);
 
 TYPED_TEST(TwoDimensionalArray, ElementAccessAndValidityFollowStorageAndExtents) {
   using A = typename TypeParam::Array;
-  const ZtTest::Link invalid{
-      "Nullptr --> Array Data Invalid",
-      std::string("Zt::CZtArray2DBase<") + TypeParam::Type + ">::operator ()",
-      "source\\zt.core.ex\\ZtArray2DBase"};
-  ZtTest::Link outside = invalid;
-  outside.message = "Array index out of bounds";
+  const auto invalid = BaseFailure<TypeParam>("Nullptr --> Array Data Invalid", "operator ()");
+  const auto outside = BaseFailure<TypeParam>("Array index out of bounds", "operator ()");
   A empty, array;
   ExpectRaise([&] { (void)empty(0, 0); }, {invalid});
   array.Reset();  // 0 by 0: nothing to clear
@@ -271,13 +265,10 @@ TYPED_TEST(TwoDimensionalArray, ElementAccessAndValidityFollowStorageAndExtents)
   EXPECT_THROW(renewed.New(~0ull / 2, 1), std::length_error);
 }
 
-TEST(TwoDimensionalArrays, NewKeepsLinearPlacesAndResizeKeepsRowAndColumn) {
-  const struct {
-    unsigned long long fromRows, fromColumns;
-    bool resize;  // Resize, else New
-    unsigned long long rows, columns;
-    Values expected;
-  } cases[] = {
+TEST(TwoDimensionalArrays, NewKeepsLinearPlacesResizeKeepsRowAndColumnCopyFromKeepsWidth) {
+  // From rows and columns, Resize (else New) to rows and columns: the dump.
+  using ULL = unsigned long long;
+  const std::tuple<ULL, ULL, bool, ULL, ULL, Values> cases[] = {
       {2, 2, true, 3, 3, {3, 3, 1, 2, 0, 3, 4, 0, 0, 0, 0}},
       {2, 2, false, 3, 3, {3, 3, 1, 2, 3, 4, 0, 0, 0, 0, 0}},
       {3, 4, true, 2, 2, {2, 2, 1, 2, 5, 6}},
@@ -289,15 +280,13 @@ TEST(TwoDimensionalArrays, NewKeepsLinearPlacesAndResizeKeepsRowAndColumn) {
       {2, 2, false, 0, 5, {0, 5}},  // ... where New keeps them
       {0, 5, true, 2, 3, {2, 3, 0, 0, 0, 0, 0, 0}},
   };
-  for (const auto& c : cases) {
-    CZtArray2DInt m = Counting<Int2DFamily>(c.fromRows, c.fromColumns);
-    c.resize ? m.Resize(c.rows, c.columns) : m.New(c.rows, c.columns);
-    EXPECT_EQ(Dump(m), c.expected) << &c - cases;
+  for (const auto& [fromRows, fromColumns, resize, rows, columns, expected] : cases) {
+    CZtArray2DInt m = Counting<Int2DFamily>(fromRows, fromColumns);
+    resize ? m.Resize(rows, columns) : m.New(rows, columns);
+    EXPECT_EQ(Dump(m), expected) << fromRows << "x" << fromColumns << " to " << rows << "x"
+                                 << columns;
   }
-}
-
-TEST(TwoDimensionalArrays, CopyFromRefusesAnotherElementWidth) {
-  CZtArray2DDouble target(1, 2);
+  CZtArray2DDouble target(1, 2);  // CopyFrom refuses another element width
   const CZtArray2DInt narrow(3, 3);
   ExpectRaise([&] { target.CopyFrom(&narrow); },
               {{"cannot copy Memory2D, elementSize is different", "Zt::CZtMatrix<double>::CopyFrom",
@@ -347,13 +336,8 @@ TEST(CZtArrayString, ChangesKeepElementsAndTheirAddressesAndCopiesAreDeep) {
   EXPECT_EQ(TextsOf(array), (Texts{"", ""}));
   array.New(3);
   EXPECT_EQ(TextsOf(array), (Texts{"", "", ""}));
-  const CZtArrayString& constant = array;
-  for (unsigned long long bad : {3ull, ~0ull}) {
-    ExpectRaise([&] { (void)array[bad]; },
-                {StringFailure("Array index out of bounds", "operator []")});
-    ExpectRaise([&] { (void)constant[bad]; },
-                {StringFailure("Array index out of bounds", "operator []")});
-  }
+  for (unsigned long long bad : {3ull, ~0ull})
+    ExpectIndexRaises(array, bad, StringFailure("Array index out of bounds", "operator []"));
   const CZtArrayString source("one,two", ',');
   CZtArrayString copied(source), assigned("x,y,z", ','), invalid;
   assigned = source;
@@ -377,12 +361,10 @@ TEST(CZtArrayString, AnInvalidArrayRefusesAccessUntilNew) {
   for (const auto& invalidate : invalidations) {
     CZtArrayString array("a,b", ',');
     invalidate(array);
-    const CZtArrayString& constant = array;
     EXPECT_FALSE(array.IsValid());
     EXPECT_EQ(array.Length(), 0u);
     ExpectRaise([&] { array.Reset(); }, {invalid("Reset")});
-    ExpectRaise([&] { (void)array[0]; }, {invalid("operator []")});
-    ExpectRaise([&] { (void)constant[0]; }, {invalid("operator []")});
+    ExpectIndexRaises(array, 0, invalid("operator []"));
     // Resize wraps its own refusal at once.
     ExpectRaise([&] { array.Resize(1); },
                 {StringFailure("Error resizing Array", "Resize"), invalid("Resize")});

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <tuple>
 #include <vector>
 
 #include "ZtAllocFail.h"
@@ -14,8 +15,7 @@ using namespace Zt;
 using ZtTest::AllocKind;
 using Ids = std::vector<int>;
 
-// An element that counts its instances, records the order of destruction and
-// can be told to fail its construction.
+// An element that counts instances, records destruction order and can fail its construction.
 struct Probe {
   static inline int made = 0, failAt = -1;
   static inline Ids destroyed;
@@ -43,11 +43,8 @@ State StateOf(const CZtMemBase& m) {
 }
 
 TEST(CZtMemBase, CapacityFollowsTheLengthOnlyUntilTheFirstReservation) {
-  const struct {
-    bool reserve;  // Reserve(count), else Resize(count)
-    unsigned long long count;
-    State after;
-  } steps[] = {
+  // Reserve (else Resize) to a count: the state after.
+  const std::tuple<bool, unsigned long long, State> steps[] = {
       {false, 0, {0, 4, 1, 1}},  // no early return at 0, and no allocation
       {false, 16, {16, 16, 2, 1}},
       {false, 16, {16, 16, 2, 1}},
@@ -56,8 +53,7 @@ TEST(CZtMemBase, CapacityFollowsTheLengthOnlyUntilTheFirstReservation) {
       {false, 16, {16, 16, 4, 1}},
       {false, 10, {10, 16, 4, 1}},
       {false, 5, {5, 16, 4, 1}},
-      // The first reservation reallocates, here to shrink: above the length
-      // the difference wraps and counts as a large shrink.
+      // The first reservation reallocates: above the length the difference wraps to a shrink.
       {true, 6, {5, 8, 5, 0}},
       {true, 2, {5, 8, 5, 0}},   // below the length: reserves for the length
       {false, 0, {0, 8, 5, 0}},  // reserved: the capacity is a high-water mark
@@ -66,18 +62,17 @@ TEST(CZtMemBase, CapacityFollowsTheLengthOnlyUntilTheFirstReservation) {
       {true, 13, {9, 16, 7, 0}},
   };
   CZtMem<short> m(0);
-  for (const auto& s : steps) {
-    s.reserve ? m.Reserve(s.count) : m.Resize(s.count);
-    EXPECT_EQ(StateOf(m), s.after) << (s.reserve ? "Reserve(" : "Resize(") << s.count << ")";
-    if (s.reserve) continue;  // Resize points at the last element; Reserve leaves it
+  for (const auto& [reserve, count, after] : steps) {
+    reserve ? m.Reserve(count) : m.Resize(count);
+    EXPECT_EQ(StateOf(m), after) << (reserve ? "Reserve(" : "Resize(") << count << ")";
+    if (reserve) continue;  // Resize points at the last element; Reserve leaves it
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(m.Last()),
               reinterpret_cast<std::uintptr_t>(m.Data()) + (m.Length() - 1) * sizeof(short));
   }
 }
 
-// A failed reservation leaves the block as it was. (A failed Resize and a
-// failed construction raise the chains the string arrays' sweep compares.)
-TEST(CZtMemBase, AFailedReservationLeavesTheBlockIntact) {
+// A failed reservation leaves the block as it was (failed Resize: the string arrays' sweep).
+TEST(CZtMemBase, AFailedReservationLeavesTheBlockIntactAndMatrixPrecision) {
   CZtMem<int> block(3);
   std::memcpy(block.Data(), "0123456789a", 12);
   unsigned char* data = block.Data();
@@ -87,6 +82,9 @@ TEST(CZtMemBase, AFailedReservationLeavesTheBlockIntact) {
   EXPECT_EQ(block.Data(), data);
   EXPECT_EQ(StateOf(block), (State{3, 4, 1, 1}));
   EXPECT_EQ(std::memcmp(block.Data(), "0123456789a", 12), 0);
+  // The matrices' other members are tested through the two-dimensional arrays.
+  EXPECT_EQ(CZtMatrix<double>().Precision(), 1e-12);
+  EXPECT_EQ(CZtMatrix<int>().Precision(), 0);
 }
 
 class CZtMemObjTest : public ::testing::Test {
@@ -124,10 +122,7 @@ TEST_F(CZtMemObjTest, ObjectsKeepTheirAddressesAndDieFromTheTopAndThePointersSta
   EXPECT_EQ(StateOf(m.Memory()), (State{0, 12, 2, 0}));
 }
 
-// Growing to 5 makes three objects, the second of which fails: the new
-// length stays and the count stays the old one. (Out of memory takes the
-// same path, as the string arrays' sweep shows.) The generic class names its
-// own file and the element's type, though instantiated here.
+// Of three new objects the second fails: the new length and old count stay; names are generic.
 TEST_F(CZtMemObjTest, AFailedConstructionLeavesTheNewLengthAndTheOldCount) {
   const std::string init = "Zt::CZtMemObj<struct Probe>::InitElements";
   CZtMemObj<Probe> m(2);
@@ -138,13 +133,6 @@ TEST_F(CZtMemObjTest, AFailedConstructionLeavesTheNewLengthAndTheOldCount) {
                                              {"probe refused", "Probe::Probe", "ZtMemTest"}});
   EXPECT_EQ(std::make_pair(m.Length(), m.ElementCount()), std::make_pair(5ull, 2ull));
   delete m.Elements()[2];  // made in the failed call and no longer counted
-}
-
-// The matrices' New, Resize, Reset, Delete and CopyFrom are tested through
-// the two-dimensional arrays, which pass them on.
-TEST(CZtMatrix, PrecisionFollowsTheElementType) {
-  EXPECT_EQ(CZtMatrix<double>().Precision(), 1e-12);
-  EXPECT_EQ(CZtMatrix<int>().Precision(), 0);
 }
 
 }  // namespace

@@ -19,8 +19,7 @@ namespace {
 
 constexpr const char* ZtSourceFile = "ZtCoreTest";
 
-// A derived exception as the parameter layer builds them: name and GUID are
-// replaced after the base is built.
+// A derived exception as the parameter layer builds them: name and GUID set after the base.
 class CTestException : public CZtException {
 public:
   CTestException(const char* message, CIException* inner)
@@ -35,29 +34,26 @@ public:
   static constexpr CGuid Guid{"{5EE36AA5-1C62-43F8-BC50-DC96AD3829D0}"};
 };
 
+// A clone of what `raise` raised, which outlives the thrown object.
 template <class F>
-unsigned int LineOf(F raise) {
+std::unique_ptr<CZtException> CloneOf(F raise) {
   try {
     raise();
   } catch (CZtException& e) {
-    return e.GetLine();
+    return std::unique_ptr<CZtException>(dynamic_cast<CZtException*>(e.Clone()));
   }
-  return 0;
+  return nullptr;
 }
 
-TEST(CZtException, RaisesCarryMessageFunctionFileAndLine) {
+TEST(CZtException, RaisesCarryMessageFunctionFileAndLineWrapsAndReportsOutOfMemory) {
   const auto create = [] { throw CZtException::Create("realloc failed", "f", "Zt::g", 42); };
   EXPECT_EQ(Raised(create), (Chain{{"Zt.Exception", "realloc failed"}}));
   ExpectRaise(create, {{"realloc failed", "Zt::g", "f"}});
-  EXPECT_EQ(LineOf(create), 42u);
+  EXPECT_EQ(CloneOf(create)->GetLine(), 42u);
   const auto raise = [] { ZT_RAISE("Zt::CZtArrayDouble::Delete", "Nullptr --> Not there"); };
-  EXPECT_EQ(LineOf(raise), __LINE__ - 1u);
+  EXPECT_EQ(CloneOf(raise)->GetLine(), __LINE__ - 1u);
   ExpectRaise(raise, {{"Nullptr --> Not there", "Zt::CZtArrayDouble::Delete", ZtSourceFile}});
-}
-
-// Wrapping adds one link, and the head is a plain CZtException whatever it
-// wraps; out of memory takes the text of what() behind an optional prefix.
-TEST(CZtException, WrapsAndReportsOutOfMemory) {
+  // Wrapping adds a plain CZtException link; out of memory says what() after an optional prefix.
   const std::string what = std::bad_alloc().what();
   ExpectRaise(
       [] {
@@ -78,8 +74,7 @@ TEST(CZtException, WrapsAndReportsOutOfMemory) {
 }
 
 TEST(CZtException, ACloneKeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
-  std::unique_ptr<CIException> outer;
-  try {
+  const auto outer = CloneOf([] {
     try {
       try {
         throw CZtOutOfMemoryException::Create("std::bad_alloc", "ZtArrayBase", "f0", 1);
@@ -89,12 +84,10 @@ TEST(CZtException, ACloneKeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
     } catch (CIException& e) {
       throw CZtException::Create("outer", "file", "f2", 3, e);
     }
-  } catch (CIException& e) {
-    outer.reset(e.Clone());
-  }
+  });
   // The thrown objects are gone: each link, of its own class, is a copy.
-  ASSERT_NE(dynamic_cast<const CZtException*>(outer.get()), nullptr);
-  const auto& head = dynamic_cast<const CZtException&>(*outer);
+  ASSERT_NE(outer, nullptr);
+  const CZtException& head = *outer;
   EXPECT_EQ(LinksOf(head),
             (Links{{"outer", "f2", "file"},
                    {"middle", "Zt::Test::Raise", "TestFile", false, "Zt.TestException"},
@@ -107,17 +100,13 @@ TEST(CZtException, ACloneKeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
                 first->HasException(CTestException::Guid), head.HasException(CGuid())}),
             (std::vector<bool>{true, true, true, false, false}));
   // ToString tells every link, outermost first.
-  const std::string text = head.ToString();
-  for (const char* part :
-       {"Zt.Exception: outer", "f2", "file", "Zt.TestException: middle", "Zt::Test::Raise",
-        "TestFile", "line 7", "Zt.OutOfMemoryException: std::bad_alloc"}) {
-    EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
-  }
-  EXPECT_LT(text.find("outer"), text.find("middle"));
-  EXPECT_LT(text.find("middle"), text.find("std::bad_alloc"));
+  EXPECT_STREQ(head.ToString(),
+               "Zt.Exception: outer\n  at f2 (file, line 3)\ninner Zt.TestException: middle\n  at "
+               "Zt::Test::Raise (TestFile, line 7)\ninner Zt.OutOfMemoryException: std::bad_alloc\n"
+               "  at f0 (ZtArrayBase, line 1)");
 }
 
-TEST(CGuid, ParsesTheBracedTextOfEitherCaseIntoItsFields) {
+TEST(CGuid, ParsesTheBracedTextOfEitherCaseAndComparesEveryDigit) {
   constexpr CGuid guid("{3500903C-1B00-4CDB-AFC3-53C91539D6F9}");
   static_assert(guid.Data1 == 0x3500903Cu && sizeof(CGuid) == 16, "built by the compiler");
   std::vector<unsigned> fields{guid.Data2, guid.Data3};
@@ -126,20 +115,14 @@ TEST(CGuid, ParsesTheBracedTextOfEitherCaseIntoItsFields) {
                                            0xF9}));
   EXPECT_EQ(CGuid("{944d12c7-608c-4509-9755-66a898b5432c}"),
             CGuid("{944D12C7-608C-4509-9755-66A898B5432C}"));
-}
-
-TEST(CGuid, EveryDigitTakesPartInTheComparison) {
-  const std::string text = "{2C95F24C-6098-4354-A291-A8A3C0D0EFAE}";
-  const CGuid base(text.c_str());
+  // Every digit takes part in the comparison; malformed text gives the zero GUID.
+  const std::string braced = "{2C95F24C-6098-4354-A291-A8A3C0D0EFAE}";
   for (std::size_t i = 1; i < 37; ++i) {
-    std::string changed = text;
-    changed[i] = text[i] == '0' ? '1' : '0';
-    if (text[i] == '-') continue;
-    EXPECT_TRUE(CGuid(changed.c_str()) != base && !(CGuid(changed.c_str()) == base)) << i;
+    std::string changed = braced;
+    changed[i] = braced[i] == '0' ? '1' : '0';
+    const CGuid base(braced.c_str()), other(changed.c_str());
+    EXPECT_TRUE(braced[i] == '-' || (other != base && !(other == base))) << i;
   }
-}
-
-TEST(CGuid, MalformedTextGivesTheZeroGuid) {
   for (const char* text :
        {static_cast<const char*>(nullptr), "", "3500903C-1B00-4CDB-AFC3-53C91539D6F9",
         "{3500903C-1B00-4CDB-AFC3-53C91539D6F}", "{3500903C-1B00-4CDB-AFC3-53C91539D6F9}x",
@@ -171,10 +154,7 @@ TEST(CZtString, CopiesAssignsAppendsAndConcatenatesByValue) {
   EXPECT_EQ(S(a + b) + "|" + S(a + "; " + b) + "|" + S(a), "leftright|left; right|left");
   EXPECT_TRUE(a + b == "leftright");
   EXPECT_TRUE(a != b);
-}
-
-// Width, length and bytes as a block are read by the byte array's CopyFrom test.
-TEST(CZtString, IsAlwaysAValidBlock) {
+  // Always a valid block (width, length and bytes: the byte array's CopyFrom test).
   EXPECT_TRUE(static_cast<const Zt::IMemoryAccess&>(CZtString("four")).IsValid());
   delete static_cast<Zt::IMemoryAccess*>(new CZtString("x"));  // a virtual destructor
 }
