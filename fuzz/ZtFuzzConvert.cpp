@@ -1,9 +1,5 @@
-// Pixel conversion against the tests' reference of the sample and channel
-// rules, for random formats (unknown values too), sizes and samples, through
-// ConvertType in both forms and ConvertMemory, apart and in place: every
-// `false` against the refusal rules, every byte not to be written unchanged.
-
-#include <fuzzer/FuzzedDataProvider.h>
+// Pixel conversion of random formats (unknown ones too), sizes and samples against the reference,
+// through ConvertType and ConvertMemory, apart and in place: every `false` and every byte.
 
 #include <algorithm>
 #include <cstdint>
@@ -18,7 +14,6 @@
 
 using Zt::CZtImage;
 using namespace ZtTest;
-using Bytes = std::vector<unsigned char>;
 
 namespace {
 
@@ -78,31 +73,27 @@ Format FormatOf(const CZtImage& image) {
   return f;
 }
 
-// What a conversion from `s` to the types of `t` must write: the source's
-// pixels, or the reference's conversion of them.
+// What converting `s` to the types of `t` writes: the source itself, or the reference's result.
 Bytes Converted(const Format& t, const Format& s, const void* source) {
   const auto* p = static_cast<const unsigned char*>(source);
   if (t.SameTypes(s)) return Bytes(p, p + s.Bytes());
   return ZtConvertRef::ConvertImage(t.pixel, t.data, s.pixel, s.data, s.Count(), source);
 }
 
-// Where in-place conversion has a settled result: the same types, or a cell
-// whose target pixels have the size and sample count of the source's.
+// In place, the result is settled for the same types or target pixels of the source's shape.
 bool SettledInPlace(const Format& t, const Format& s) {
   return t.SameTypes(s) ||
          (Writable(t.pixel, t.data) && Components(t.pixel) == Components(s.pixel) &&
           SampleBytes(t.data) == SampleBytes(s.data));
 }
 
-// The settled in-place result: pixel by pixel red, green and blue are each
-// read from the buffer as it stands and stored before the next is read,
-// then a second pass writes every alpha.
+// That result: per pixel red, green and blue each read as the buffer stands and stored before the
+// next is read, then a second pass writes every alpha.
 void ConvertInPlace(unsigned char* buffer, const Format& t, const Format& s) {
   if (t.SameTypes(s)) return;
   const int to = ZtConvertRef::LayoutIndex(t.pixel);
   const ZtConvertRef::Mapping& m = ZtConvertRef::kTable[ZtConvertRef::LayoutIndex(s.pixel)][to];
-  // Target positions of red, green and blue (luminance alone in Lum and
-  // LumA), and of alpha.
+  // Target positions of red, green and blue (or luminance), and of alpha.
   static const std::vector<int> kColours[6] = {{0, 1, 2}, {0, 1, 2}, {0},
                                                {0},       {2, 1, 0}, {2, 1, 0}};
   static const int kAlpha[6] = {-1, 3, -1, 1, -1, 3};
@@ -128,9 +119,8 @@ void ConvertInPlace(unsigned char* buffer, const Format& t, const Format& s) {
   });
 }
 
-// After a conversion that returned `ok`, `actual` must hold `before` with the
-// converted pixels over its front or, in place, the settled result; of an
-// in-place conversion without one only the bytes behind `room` are known.
+// `actual` holds `before` with, if `ok`, the converted pixels in front or the settled in-place
+// result; an unsettled in-place result is known only behind `room`.
 void ExpectAfter(bool ok, bool inPlace, const Format& t, const Format& s, const void* source,
                  const unsigned char* actual, const Bytes& before, std::size_t room,
                  const std::string& context) {
@@ -147,8 +137,7 @@ void ExpectAfter(bool ok, bool inPlace, const Format& t, const Format& s, const 
     ZT_FUZZ_CHECK(actual[i] == after[i], context + ": byte " + std::to_string(i));
 }
 
-// ConvertMemory on separate buffers or onto one; it runs a cell when the
-// target is writable and the source readable, and copies equal formats.
+// ConvertMemory apart or in place: it runs a cell for a writable target and readable source.
 void Memory(bool inPlace, const Format& t, const Format& s, const Bytes& pattern) {
   const Bytes source = Fill(std::max<std::size_t>(s.Bytes(), 1), pattern);
   const std::size_t room =
@@ -176,59 +165,44 @@ CZtImage Image(const Format& f, const Bytes& pattern) {
   return image;
 }
 
-// ConvertType into a target it creates anew: the member form, or the static
-// one with create true.
-void TypeCreating(bool member, const Format& t, const Format& s, const Format& old,
-                  const Bytes& pattern) {
-  const CZtImage source = Image(s, pattern);
-  CZtImage target = Image(old, Bytes{std::uint8_t(pattern[0] ^ 0x5A)});
-  const Bytes oldBytes = target.IsValid() ? BytesOf(target, old.Bytes()) : Bytes{};
-  const bool ok = member ? source.ConvertType(target, t.pixel, t.data)
-                         : CZtImage::ConvertType(&target, &source, t.pixel, t.data, true);
-  const std::string context =
-      std::string(member ? "ConvertType " : "ConvertType created ") + s.Text() + " -> " + t.Text();
-  if (!source.IsValid()) {  // nothing happens to the target
-    ZT_FUZZ_CHECK(!ok, context + ": true from an invalid source");
-    ZT_FUZZ_CHECK(target.IsValid() == !oldBytes.empty(), context + ": target validity changed");
-    ZT_FUZZ_CHECK(
-        !target.IsValid() || (FormatOf(target) == old && BytesOf(target, old.Bytes()) == oldBytes),
-        context + ": target changed");
-    return;
-  }
-  if (!Readable(t.pixel, t.data)) {  // Create refuses the type: the target is left empty
-    ZT_FUZZ_CHECK(!ok && !target.IsValid(), context + ": an unknown type was created");
-    return;
-  }
-  const Format created{s.width, s.height, t.pixel, t.data};
-  ZT_FUZZ_CHECK(target.IsValid() && FormatOf(target) == created,
-                context + ": target not created as " + created.Text());
-  ZT_FUZZ_CHECK(ok == (t.SameTypes(s) || !IsBayer(t.pixel)), context + (ok ? ": true" : ": false"));
-  ZT_FUZZ_CHECK(!ok || BytesOf(target, created.Bytes()) == Converted(t, s, source.GetDataPtr()),
-                context + ": pixels differ");
-}
-
-// The static form with create false: only the target's memory is used, and
-// its format stays. `inPlace` converts the source onto itself.
-void TypeInto(bool inPlace, const Format& t, const Format& s, Format old, const Bytes& pattern) {
+// ConvertType: routes 2 and 3 create the target (member and static form), 4 converts into its
+// memory, keeping its format, and 5 in place.
+void Type(unsigned route, const Format& t, const Format& s, Format old, const Bytes& pattern) {
+  const bool create = route < 4, inPlace = route == 5;
   CZtImage source = Image(s, pattern);
   const std::size_t written = std::size_t(s.Count()) * PixelBytes(t.pixel, t.data);
   if (inPlace && written > s.Bytes()) return;  // would overrun: the caller's fault
-  // A target with room for what the conversion writes.
-  old.height = 1;
-  old.width =
-      int(std::max(written, s.Bytes()) / PixelBytes(old.pixel, old.data)) + 1 + old.width % 4;
+  if (!create) {                               // a target with room for what the conversion writes
+    old.height = 1;
+    old.width =
+        int(std::max(written, s.Bytes()) / PixelBytes(old.pixel, old.data)) + 1 + old.width % 4;
+  }
   CZtImage other = Image(old, Bytes{std::uint8_t(pattern[0] ^ 0x5A)});
   CZtImage& target = inPlace ? source : other;
   const Format kept = FormatOf(target);
   const Bytes before =
       target.IsValid() ? BytesOf(target, inPlace ? s.Bytes() : old.Bytes()) : Bytes{};
-  const bool ok = CZtImage::ConvertType(&target, &source, t.pixel, t.data, false);
-  const std::string context = std::string(inPlace ? "ConvertType in place " : "ConvertType into ") +
-                              s.Text() + " -> " + t.Text();
-  const bool expected = source.IsValid() && (t.SameTypes(s) || Writable(t.pixel, t.data));
+  const bool ok = route == 2 ? source.ConvertType(target, t.pixel, t.data)
+                             : CZtImage::ConvertType(&target, &source, t.pixel, t.data, create);
+  const std::string context =
+      "ConvertType route " + std::to_string(route) + " " + s.Text() + " -> " + t.Text();
+  if (create && source.IsValid()) {  // a type Create refuses leaves the target empty
+    const Format created{s.width, s.height, t.pixel, t.data};
+    ZT_FUZZ_CHECK(Readable(t.pixel, t.data) ? target.IsValid() && FormatOf(target) == created
+                                            : !ok && !target.IsValid(),
+                  context + ": target not created as " + created.Text());
+    ZT_FUZZ_CHECK(!target.IsValid() || ok == (t.SameTypes(s) || !IsBayer(t.pixel)),
+                  context + (ok ? ": true" : ": false"));
+    ZT_FUZZ_CHECK(!ok || BytesOf(target, created.Bytes()) == Converted(t, s, source.GetDataPtr()),
+                  context + ": pixels differ");
+    return;
+  }
+  const bool expected =
+      !create && source.IsValid() && (t.SameTypes(s) || Writable(t.pixel, t.data));
   ZT_FUZZ_CHECK(ok == expected, context + (ok ? ": true" : ": false"));
+  ZT_FUZZ_CHECK(target.IsValid() == !before.empty() && FormatOf(target) == kept,
+                context + ": target format changed");
   if (!target.IsValid()) return;
-  ZT_FUZZ_CHECK(FormatOf(target) == kept, context + ": target format changed");
   ExpectAfter(ok, inPlace, t, s, source.GetDataPtr(),
               static_cast<const unsigned char*>(target.GetDataPtr()), before, before.size(),
               context);
@@ -262,9 +236,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   switch (route) {
     case 0:
     case 1: Memory(route == 1, t, s, pattern); break;
-    case 2:
-    case 3: TypeCreating(route == 2, t, s, old, pattern); break;
-    default: TypeInto(route == 5, t, s, old, pattern); break;
+    default: Type(route, t, s, old, pattern); break;
   }
   return 0;
 }

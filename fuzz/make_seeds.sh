@@ -1,15 +1,11 @@
 #!/bin/sh
-# Writes the seed corpora under corpus/ of the targets that read choices from
-# their input, a few short inputs that reach each family and route for the
-# fuzzer to grow from; rerun after changing how such a target reads its input.
-# The file-reader targets' seeds are small files of each format and variant,
-# committed as they are.
+# Writes short seeds reaching each family and route of the targets that read choices from their
+# input (the file readers' seeds are committed files); rerun when such a target reads otherwise.
 set -eu
 cd "$(dirname "$0")/corpus"
 
-# $1 bytes counting up from $2 in steps of $3, then the suffix $4 (octal
-# escapes): the targets take their choices from the end and samples from the
-# front.
+# $1 bytes counting up from $2 in steps of $3, then the suffix $4 (octal escapes): the targets
+# take their choices from the end and samples from the front.
 bytes() {
   i=0
   while [ "$i" -lt "$1" ]; do
