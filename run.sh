@@ -5,7 +5,8 @@
 #   ./run.sh demo   build the library and run the demo program, which writes
 #                   its pictures to build/gcc/demo-output/
 #   ./run.sh test   check that the C++ sources keep the layout of
-#                   .clang-format; build with GCC, with Clang, and with
+#                   .clang-format and that test code stays at most 35% of
+#                   all code; build with GCC, with Clang, and with
 #                   Clang under Address-, Leak- and UndefinedBehaviorSanitizer,
 #                   warnings as errors,
 #                   and run every test suite in each build: in the GCC build
@@ -58,6 +59,19 @@ check_format() {
   echo "The ${#files[@]} C++ sources keep the layout of .clang-format."
 }
 
+# check_test_share: fails when the code built or run only for tests (tests/
+# and fuzz/) passes 35% of all code: C, C++, Python, shell and CMake files
+# of the repository, blank lines not counted.
+check_test_share() {
+  local code='\.(h|hpp|hh|cpp|cc|cxx|inl|ipp|c|py|sh|cmake)$|CMakeLists\.txt$'
+  local tests all
+  tests=$(git ls-files -- tests fuzz | grep -E "$code" | xargs cat | grep -c -v -E '^\s*$')
+  all=$(git ls-files | grep -E "$code" | xargs cat | grep -c -v -E '^\s*$')
+  awk -v t="$tests" -v a="$all" 'BEGIN {
+    printf "Test code: %d of %d lines of all code, %.1f%% (at most 35%%).\n", t, a, 100 * t / a
+    exit (100 * t > 35 * a) }' || { echo "Test code passes 35% of all code: fold it." >&2; return 1; }
+}
+
 case "${1:-}" in
   demo)
     ensure_packages
@@ -70,6 +84,7 @@ case "${1:-}" in
   test)
     ensure_packages
     check_format
+    check_test_share
     cmake --workflow --preset gcc
     cmake --workflow --preset clang
     cmake --workflow --preset asan
