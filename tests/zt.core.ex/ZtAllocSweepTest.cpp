@@ -284,9 +284,16 @@ Outcome MakingStrings(Links head, unsigned long long n, AllocKind kind, unsigned
   return Raise(head, kind == AllocKind::New && k > 1 ? static_cast<long long>(k - 2) : 0);
 }
 
-// The same, counted from the operation's first allocation.
-Failing Making(Links head, unsigned long long n) {
-  return [head, n](const Point& p) { return MakingStrings(head, n, p.kind, p.k); };
+// The same, counted from the operation's first allocation; by new, only from its `first` to its
+// `last` (counted back from the last one when not positive), the others failing as std::bad_alloc.
+Failing Making(Links head, unsigned long long n, long long first = 1, long long last = 0) {
+  return [=](const Point& p) {
+    const auto at = [&p](long long i) { return i > 0 ? i : static_cast<long long>(p.calls) + i; };
+    const long long k = static_cast<long long>(p.k),
+                    from = p.kind == AllocKind::New ? at(first) : 1;
+    if (p.kind == AllocKind::New && (k < from || k > at(last))) return BadAlloc();
+    return MakingStrings(head, n, p.kind, static_cast<unsigned long long>(k - from + 1));
+  };
 }
 
 // Texts too long to be kept inside a string object, so that copying one allocates.
@@ -294,10 +301,7 @@ const char* const kLong1 = "a text long enough to need a block";
 const char* const kLong2 = "another text that needs a block too";
 
 // Two long texts copied: the block is made anew, then each text's copy fails as std::bad_alloc.
-Outcome CopyingLongTexts(const Point& p) {
-  return p.kind == AllocKind::New && p.k > p.calls - 2 ? BadAlloc()
-                                                       : MakingStrings({kCopying}, 2, p.kind, p.k);
-}
+const Failing kCopyingLongTexts = Making({kCopying}, 2, 1, -2);
 
 CZtArrayString Texts(std::vector<const char*> texts) {
   CZtArrayString array(texts.size());
@@ -306,13 +310,6 @@ CZtArrayString Texts(std::vector<const char*> texts) {
 }
 
 TEST(AllocationSweep, StringArrays) {
-  // The n strings' block made after the standard library's allocations (failing as bad_alloc).
-  const auto after = [](unsigned long long n) {
-    return [n](const Point& p) {
-      const unsigned long long first = p.kind == AllocKind::New ? p.calls - n : 1;
-      return p.k < first ? BadAlloc() : MakingStrings({}, n, p.kind, p.k - first + 1);
-    };
-  };
   const auto two = [] { return CZtArrayString(2); };
   const CZtArrayString ab = Texts({"a", "b"}), af = Texts({"a", "b", "c", "d", "e", "f"});
   const CZtArrayString longTexts = Texts({kLong1, kLong2});
@@ -321,7 +318,7 @@ TEST(AllocationSweep, StringArrays) {
   Sweep({
       {"default constructor", Just([] { S a; }), Making({}, 0)},
       {"length constructor", Just([] { S a(6); }), Making({}, 6), Done(), true},
-      {"splitting constructor", Just([&] { S a(fields, ','); }), after(4), Done(), true},
+      {"splitting constructor", Just([&] { S a(fields, ','); }), Making({}, 4, -4), Done(), true},
       {"New", On(two, Valid<S>, [](S& a) { a.New(6); }), Making({}, 6), Done(), true},
       // The block grows in place; a failure while its strings are made leaves the new length.
       {"Resize",
@@ -343,8 +340,8 @@ TEST(AllocationSweep, StringArrays) {
             EXPECT_EQ(a.IsValid(), !at.fired || at.outcome.what == Outcome::BadAlloc);
           },
           [&](S& a) { a = longTexts; }),
-       CopyingLongTexts, Done(), true},
-      {"copy constructor of long texts", Just([&] { S a(longTexts); }), CopyingLongTexts, Done(),
+       kCopyingLongTexts, Done(), true},
+      {"copy constructor of long texts", Just([&] { S a(longTexts); }), kCopyingLongTexts, Done(),
        true},
       // An invalid array: the failure's own allocations fail.
       {"Resize of an invalid array",
@@ -366,13 +363,10 @@ TEST(AllocationSweep, StringArrays) {
          for (unsigned long long i = 0; i < split->Length(); ++i)
            EXPECT_STREQ((*split)[i].ToCString(), i == 0 ? kLong1 : kLong2);
        },
+       // A failure in getline, as a field grows, ends the text: the fields read until then.
        [](const Point& p) {
-         const bool byNew = p.kind == AllocKind::New;
-         const unsigned long long made = byNew ? p.calls - 4 : 1;
-         // A failure in getline, as a field grows, ends the text: the fields read until then.
-         if (byNew && (p.k == 3 || p.k == 6)) return Done();
-         if (p.k < made || (byNew && p.k > p.calls - 2)) return BadAlloc();
-         return MakingStrings({}, 2, p.kind, p.k - made + 1);
+         return p.kind == AllocKind::New && (p.k == 3 || p.k == 6) ? Done()
+                                                                   : Making({}, 2, -4, -2)(p);
        },
        Done(), true},
   });
@@ -669,18 +663,8 @@ TEST(AllocationSweep, CalibrationRecords) {
   const Zt::CZtMetricCalibResult result;
   Sweep({
       // The message, the two numeric arrays' objects, then the string array.
-      {"default constructor", Just([] { Record r; }),
-       [](const Point& p) {
-         const bool byNew = p.kind == AllocKind::New;
-         return byNew && p.k != 3 ? BadAlloc() : MakingStrings({}, 0, p.kind, byNew ? 1 : p.k);
-       }},
-      {"copy constructor", Just([&] { Record r(from); }),
-       [](const Point& p) {
-         const bool byNew = p.kind == AllocKind::New;
-         return byNew && p.k <= 3 ? BadAlloc()
-                                  : MakingStrings({kCopying}, 2, p.kind, byNew ? p.k - 3 : p.k);
-       },
-       Done(), true},
+      {"default constructor", Just([] { Record r; }), Making({}, 0, 3, 3)},
+      {"copy constructor", Just([&] { Record r(from); }), Making({kCopying}, 2, 4), Done(), true},
       {"assignment",
        On([] { return Record(); },
           [](const Record& r, const Attempt& at) { Valid(r.m_aTexts, at); },
