@@ -1,5 +1,4 @@
-// Exhausted memory at every allocation of every operation that allocates: each row runs once for
-// each k with the k-th allocation of one kind failing, and its table says what must arrive.
+// Each row runs once for each k with the k-th allocation of one kind failing: what must arrive.
 
 #include <gtest/gtest.h>
 
@@ -64,7 +63,6 @@ struct Attempt {
   Outcome outcome;
   long long ownBlocks = 0;  // blocks that the recorded chain holds
 
-  // Runs `op` once with the failure armed, and records how it ended.
   template <class Op>
   void operator()(Op&& op) {
     std::optional<ZtTest::ZtAllocFail> failure(std::in_place, kind, nth);
@@ -103,7 +101,6 @@ struct Point {
 };
 using Failing = std::function<Outcome(const Point&)>;
 
-// The same outcome at every failure point.
 Failing Always(Outcome outcome) {
   return [outcome](const Point&) { return outcome; };
 }
@@ -119,7 +116,6 @@ struct Row {
   bool leaks = false;
 };
 
-// A run of `op` alone.
 template <class F>
 Run Just(F op) {
   return [op](Attempt& at) { at(op); };
@@ -134,7 +130,6 @@ Run On(Make make, Check check, F op) {
   };
 }
 const auto kNoCheck = [](const auto&, const Attempt&) {};
-// Valid unless the operation failed.
 template <class T>
 void Valid(const T& object, const Attempt& at) {
   EXPECT_EQ(object.IsValid(), !at.fired);
@@ -175,7 +170,6 @@ void Sweep(const std::vector<Row>& rows) {
   }
 }
 
-// Prints the number of failure points once, after every sweep.
 struct PointReport : ::testing::Environment {
   void TearDown() override { std::printf("allocation-failure points: %llu\n", g_Points); }
 };
@@ -239,8 +233,8 @@ TEST(AllocationSweep, NumericArrays) {
   SweepNumeric<Zt::CZtArrayUShort, unsigned short>("unsigned short");
 }
 
-// A copy of an array without its implementation object reports it before it allocates: just what
-// GetElementSize, whose name is as long, allocates for the same exception. (One shared template.)
+// A copy of an array without its implementation object raises before it allocates, as much as
+// GetElementSize (a name as long) for the same exception.
 TEST(AllocationSweep, TheCopyOfANumericArrayChecksItsSourceBeforeItAllocates) {
   ZtTest::Hollow<Zt::CZtArrayDouble> hollow;
   Attempt copying, reading;
@@ -260,9 +254,8 @@ const Link kMemResize{"Error setting memory size: ", "Zt::CZtMemBase::Resize", k
 const Link kCopying{"Error Copying Array", "Zt::CZtArrayString::operator =", kStringArray};
 const Link kResizing{"Error resizing Array", "Zt::CZtArrayString::Resize", kStringArray};
 
-// A block of n empty strings made anew, by kind and by k counted from its own first allocation:
-// the block object, the pointer block, its growth beyond the first four pointers, then one string
-// object at a time. The strings made before a failing one stay allocated for good.
+// A block of n empty strings made anew, k counted from its own first allocation: the block, its
+// pointers, their growth past four, one string at a time (those made before stay allocated).
 Outcome MakingStrings(Links head, unsigned long long n, AllocKind kind, unsigned long long k) {
   const std::string objects = "Zt::CZtMemObj<class Zt::CZtString>::";
   const Link sizing{"Error setting memory size to " + std::to_string(n) + " elements",
@@ -387,8 +380,7 @@ void Sweep2D(const std::string& type) {
       Always(Raise({{"Error resizing matrix:" + kWhat, "Zt::CZtMatrix<" + type + ">::Resize",
                      "source\\zt.core.math\\ZtMatrix", true}}));
   const A twoByThree(2, 3), big(30, 30);
-  // A matrix of `from` grown to 30 by 30, keeping its storage if and only if it fails; a failed
-  // Resize leaves no extents, New and CopyFrom store the new extents before the storage fails.
+  // Grown to 30 by 30, keeping its storage iff it fails: Resize then has no extents, others 30x30.
   const auto growing = [&](Shape2 from, bool resizing, void (*op)(A&, const A&)) {
     return [=, &big](Attempt& at) {
       A array(from[0], from[1]);
@@ -462,27 +454,25 @@ TEST(AllocationSweep, Images) {
   };
   // A new image, valid unless its block could not be had.
   const auto constructing = [](auto argument) {
-    return [argument](Attempt& at) {
-      std::optional<CZtImage> made;
-      at([&] { made.emplace(argument); });
-      Valid(*made, at);
-    };
+    return On([] { return std::optional<CZtImage>(); },
+              [](const auto& made, const Attempt& at) { Valid(*made, at); },
+              [argument](auto& made) { made.emplace(argument); });
   };
   const Failing refused = Always(Done(false));
   std::vector<unsigned char> pixels(format.GetByteCount());
   std::vector<float> floats(15);
   std::vector<double> doubles(15);
+  Zt::CZtImageMoniker fromView, floatView;
+  fromView.Create(from);
+  floatView.Create(5, 3, P::Lum, D::Float, floats.data());
   Sweep({
       {"Create with sizes and types",
        replacing([](auto& i) { return i.Create(5, 3, P::RGB, D::UShort); }), refused},
       {"Create with data",
        replacing([&](auto& i) { return i.Create(5, 3, P::RGB, D::UShort, pixels.data()); }),
        refused},
-      {"Create from an IImage", replacing([&](auto& i) {
-         Zt::CZtImageMoniker view;
-         view.Create(from);
-         return i.Create(static_cast<const Zt::IImage*>(&view));
-       }),
+      {"Create from an IImage",
+       replacing([&](auto& i) { return i.Create(static_cast<const Zt::IImage*>(&fromView)); }),
        refused},
       {"Create from an image", replacing([&](auto& i) { return i.Create(from); }), refused},
       {"Create from a format", replacing([&](auto& i) { return i.Create(format); }), refused},
@@ -497,11 +487,7 @@ TEST(AllocationSweep, Images) {
        refused},
       // Into memory that is there already: nothing to allocate.
       {"ConvertType into a view",
-       [&](Attempt& at) {
-         Zt::CZtImageMoniker view;
-         view.Create(5, 3, P::Lum, D::Float, floats.data());
-         at([&] { return CZtImage::ConvertType(&view, &from, P::Lum, D::Float, false); });
-       },
+       Just([&] { return CZtImage::ConvertType(&floatView, &from, P::Lum, D::Float, false); }),
        refused},
       {"ConvertMemory", Just([&] {
          return CZtImage::ConvertMemory(doubles.data(), pixels.data(),
@@ -529,7 +515,6 @@ const std::string kMap =
 const char* const kMapFile = "source\\zt.core.development\\ZtParMap";
 const Link kMapOutOfMemory{kWhat, kMap + "Init", kMapFile, true};
 
-// A failure of the store, raised in `member`.
 Link Store(const std::string& message, const char* member, bool outOfMemory = false) {
   return {message, std::string("Zt::CZtMetaData::") + member, "ZtMetaData", outOfMemory};
 }
@@ -540,7 +525,6 @@ Outcome Constructing(unsigned long long k) {
   return Raise({Store("Error initializing meta-data", "Init"), kMapOutOfMemory}, 1);
 }
 
-// A handler that lets every read and write pass.
 struct AcceptingEvent final : TEvent {
   void OnRead(TParMap*, const std::string*) override {}
   void OnWrite(TParMap*, const std::string*) override {}
