@@ -633,8 +633,8 @@ TEST(AllocationSweep, MetaData) {
        Raise({Store("Error getting element 'x'", "GetElement"),
               Store("Element 'x' doesn't exist in meta data", "GetElement")})},
       {"GetElementNameType", on([](CZtMetaData& s) {
-         CZtString elementName, type;
-         s.GetElementNameType(0, elementName, type);
+         CZtString n, t;
+         s.GetElementNameType(0, n, t);
        })},
       {"HasElement", on([&](CZtMetaData& s) { (void)s.HasElement(name); })},
   });
@@ -654,10 +654,7 @@ TEST(AllocationSweep, CalibrationRecords) {
           [](const Record& r, const Attempt& at) { Valid(r.m_aTexts, at); },
           [&](Record& r) { r = from; }),
        Making({kCopying}, 2), Done(), true},
-      {"result record copy", Just([&] {
-         Zt::CZtMetricCalibResult copy(result);
-         copy = result;
-       })},
+      {"result record copy", Just([&] { Zt::CZtMetricCalibResult{result} = result; })},
   });
 }
 
