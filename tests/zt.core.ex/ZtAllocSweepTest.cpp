@@ -195,9 +195,7 @@ void SweepNumeric(const std::string& type) {
                           "source\\zt.core.ex\\ZtArrayBase", true}}));
   };
   // The implementation object is not guarded, its vector is.
-  const Failing made = [base](const Point& p) {
-    return p.k == p.calls ? base("New")(p) : BadAlloc();
-  };
+  const Failing made = [base](auto& p) { return p.k == p.calls ? base("New")(p) : BadAlloc(); };
   const A ten(10), thousand(1000);
   const auto two = [] { return A(2, T(5)); };
   const std::vector<long long> kept{5, 5};
