@@ -1,7 +1,6 @@
 #include "ZtAllocFail.h"
 
 #include <cstddef>
-#include <cstdio>
 #include <cstdlib>
 #include <new>
 
@@ -39,10 +38,7 @@ bool ShouldFail(AllocKind kind) {
 }
 
 void Start(bool armed, AllocKind kind, unsigned long long nth) {
-  if (g_State.active) {
-    std::fputs("ZtAllocFail: only one may be alive at a time\n", stderr);
-    std::abort();
-  }
+  if (g_State.active) std::abort();  // only one may be alive at a time
   g_State = State{true, armed && nth != 0, false, kind, nth, {}};
 }
 
@@ -71,11 +67,8 @@ extern "C" void* __wrap_malloc(std::size_t size) {
 extern "C" void* __wrap_realloc(void* block, std::size_t size) {
   if (ZtTest::ShouldFail(ZtTest::AllocKind::Realloc)) return nullptr;
   void* moved = __real_realloc(block, size);
-  if (block == nullptr) {
-    ZtTest::Counted(moved);
-  } else if (moved == nullptr && size == 0) {
-    --ZtTest::g_LiveBlocks;  // a size of 0 freed the block
-  }
+  if (block == nullptr) return ZtTest::Counted(moved);
+  if (moved == nullptr && size == 0) --ZtTest::g_LiveBlocks;  // a size of 0 freed the block
   return moved;
 }
 

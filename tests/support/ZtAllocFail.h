@@ -1,11 +1,8 @@
 #ifndef ZT_TESTS_ZTALLOCFAIL_H
 #define ZT_TESTS_ZTALLOCFAIL_H
 
-// Makes chosen heap allocations fail, so that tests can walk the failure paths of the code under
-// test. A binary that links zt_alloc_fail has malloc, realloc and free of its own objects routed
-// through a hook (the linker's --wrap), and the global operator new and new[] replaced for every
-// caller in the process. Outside the lifetime of a ZtAllocFail every call goes to the real
-// allocator. Every block the hooks hand out or take back is counted (LiveBlocks), at all times.
+// Makes chosen heap allocations fail: a binary that links zt_alloc_fail has malloc, realloc and
+// free of its own objects wrapped (the linker's --wrap) and the global operator new replaced.
 
 #if defined(__SANITIZE_ADDRESS__)
 #define ZT_TEST_LEAK_CHECKER 1
@@ -41,22 +38,19 @@ public:
   unsigned long long Calls(AllocKind kind) const;
 };
 
-// Blocks handed out by the hooks and not yet given back. Blocks that other shared libraries take
-// from malloc directly are not seen; every operator new is.
+// Blocks handed out by the hooks and not yet given back, counted at all times (not those that
+// other shared libraries take from malloc directly).
 long long LiveBlocks();
 
 // While it lives, a sanitizer's leak checker does not report the allocations made: for operations
-// whose contract is to leave memory allocated for good. Header-only.
-class ZtExpectedLeak {
-public:
+// whose contract is to leave memory allocated for good.
+struct ZtExpectedLeak {
 #ifdef ZT_TEST_LEAK_CHECKER
   ZtExpectedLeak() { __lsan_disable(); }
   ~ZtExpectedLeak() { __lsan_enable(); }
-#else
-  ZtExpectedLeak() {}
-#endif
   ZtExpectedLeak(const ZtExpectedLeak&) = delete;
   ZtExpectedLeak& operator=(const ZtExpectedLeak&) = delete;
+#endif
 };
 
 }  // namespace ZtTest
