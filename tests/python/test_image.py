@@ -13,7 +13,7 @@ def _image(layout="RGB", dtype=np.uint8, height=3, width=4):
     return ztcoreex.Image(source, layout), source
 
 
-@pytest.mark.parametrize("layout", list(ref.SAMPLES))
+@pytest.mark.parametrize("layout", list(ref.SOURCE_ROLES))
 @pytest.mark.parametrize("dtype", ref.DTYPES, ids=lambda d: np.dtype(d).name)
 def test_the_view_and_the_pixel_access_show_the_same_copied_samples(layout, dtype):
     image, source = _image(layout, dtype)
