@@ -33,10 +33,8 @@ def test_out_is_written_in_place_band_by_band_a_target_type_in_every_spelling_an
     bands = [slice(10, 17), slice(3, 10)]  # views into one source and one out, on two threads
     threads = [threading.Thread(target=ztcoreex.convert, args=(source[b], "BGRA", "RGB", "Float"),
                                 kwargs={"out": out[b]}) for b in bands]
-    for thread in threads:
-        thread.start()
-    for thread in threads:
-        thread.join()
+    [thread.start() for thread in threads]
+    [thread.join() for thread in threads]
     assert ref.same_bits(out, whole) and ref.same_bits(source, before)
     source = np.arange(12, dtype=np.uint8).reshape(2, 2, 3)
     for spelling in ["int16", np.dtype("<i2"), "Short", ztcoreex.DataType.Short]:
@@ -93,8 +91,7 @@ def test_the_gil_is_released_while_converting():
     sys.setswitchinterval(2.0)
     try:
         worker.start()
-        back_before_the_end = worker.is_alive()
-        worker.join()
+        assert worker.is_alive()
     finally:
         sys.setswitchinterval(interval)
-    assert back_before_the_end
+        worker.join()

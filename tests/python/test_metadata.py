@@ -7,32 +7,27 @@ import ztcoreex
 
 def _store(**values):
     store = ztcoreex.MetaData()
-    for name, value in values.items():
-        store.add(name, value)
+    [store.add(name, value) for name, value in values.items()]
     return store
 
 
-def test_names_come_in_byte_order_with_their_own_types_and_clear_frees_them():
+def test_names_come_in_byte_order_with_their_own_types_lists_read_as_zero_and_clear_frees_them():
     store = ztcoreex.MetaData()
+    lists = {"l1": [1, 2, 3], "l2": [1.5, 2], "l3": ["a", "b"], "l4": [], "l5": (7,)}
     assert len(store) == 0 and list(store) == [] and "" not in store and store.get("x") is None
     for name, value in [("b", 1), ("a", 2.5), ("B", "text"), ("", 0), ("ab", 4294967295),
-                        ("\u00e9", 3)]:
+                        ("\u00e9", 3), *lists.items()]:
         store.add(name, value, description="d")
-    assert list(store) == ["", "B", "a", "ab", "b", "\u00e9"]
+    assert list(store) == ["", "B", "a", "ab", "b", *lists, "\u00e9"]
     assert store.items() == [("", 0), ("B", "text"), ("a", 2.5), ("ab", 4294967295), ("b", 1),
-                             ("\u00e9", 3)]
-    assert [type(v) for v in store.values()] == [int, str, float, int, int, int]
-    assert len(store) == 6 and "ab" in store and "A" not in store and 3 not in store
+                             *[(name, 0) for name in lists], ("\u00e9", 3)]
+    assert [type(v) for v in store.values()] == [int, str, float, int, int] + [int] * 6
+    assert len(store) == 11 and "ab" in store and "A" not in store and 3 not in store
+    for name in lists:  # an array element takes a plain value
+        store[name] = 9
+    assert [store[name] for name in lists] == [9] * 5
     store.clear()
     assert len(store) == 0 and list(store) == []
-
-
-@pytest.mark.parametrize("value", [[1, 2, 3], [1.5, 2], ["a", "b"], [], (7,)])
-def test_a_list_is_stored_as_an_array_the_store_reads_as_a_zero_uint(value):
-    store = _store(list=value)
-    assert store["list"] == 0
-    store["list"] = 9
-    assert store["list"] == 9
 
 
 @pytest.mark.parametrize("value,exception", [(-1, ValueError), (2**32, ValueError),
