@@ -9,8 +9,7 @@ DTYPES = [np.int8, np.uint8, np.int16, np.uint16, np.int32, np.uint32, np.float3
 _SCALES = {np.dtype(t): (float(np.iinfo(t).max), float(-np.iinfo(t).min or np.iinfo(t).max))
            for t in DTYPES[:6]}
 
-# Where red, green, blue and alpha sit in a source pixel, and the roles of a target pixel's
-# samples in memory order (grey is red).
+# Where red, green, blue and alpha sit in a source pixel; a target's roles in memory order.
 _RGB, _BGR, _GREY = {"r": 0, "g": 1, "b": 2}, {"r": 2, "g": 1, "b": 0}, {"r": 0, "g": 0, "b": 0}
 SOURCE_ROLES = {"RGB": _RGB, "RGBA": dict(_RGB, a=3), "BGR": _BGR, "BGRA": dict(_BGR, a=3),
                 "Lum": _GREY, "LumA": dict(_GREY, a=1),
@@ -19,11 +18,8 @@ TARGET_ROLES = {"RGB": "rgb", "RGBA": "rgba", "BGR": "bgr", "BGRA": "bgra", "Lum
 
 
 def decode(samples):
-    """The normalised float64 value of each sample."""
+    positive, negative = _SCALES.get(samples.dtype, (1.0, 1.0))  # floats are their value
     x = samples.astype(np.float64)
-    if samples.dtype not in _SCALES:
-        return x
-    positive, negative = _SCALES[samples.dtype]
     return np.where(x > 0, x / positive, x / negative)
 
 

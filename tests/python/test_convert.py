@@ -67,7 +67,6 @@ REFUSALS = [  # (exception, message, positional arguments, out)
     (TypeError, "ndarray", (RGB8, "RGB", "Lum"), [0] * 20),
     (ValueError, "3x3, BayerRG, UByte.*3x3, BayerRG, UShort",
      (np.zeros((3, 3), np.uint8), "BayerRG", "BayerRG", np.uint16), np.full((3, 3), 99, np.uint16)),
-    # An out that overlaps the source: the same block, and its second half.
     (ValueError, "overlaps", (BLOCK.reshape(2, 4, 3), "RGB", "BGR"), BLOCK.reshape(2, 4, 3)),
     (ValueError, "overlaps", (BLOCK[:12].reshape(1, 4, 3), "RGB", "BGR"), BLOCK[6:18].reshape(1, 4, 3)),
 ]
@@ -82,8 +81,7 @@ def test_refusals_leave_source_and_out_untouched(exception, message, args, out):
 
 
 def test_the_gil_is_released_while_converting():
-    # With a long switch interval the main thread, waiting in start() for the GIL, gets back before
-    # the worker is done only if a conversion lets the GIL go.
+    # Under a long switch interval start() returns before the worker ends only if it lets the GIL go.
     source, out = np.zeros((1024, 1024, 4), np.uint8), np.empty((1024, 1024, 4))
     worker = threading.Thread(target=lambda: [ztcoreex.convert(source, "RGBA", "BGRA", np.float64,
                                                                out=out) for _ in range(20)])
