@@ -36,10 +36,9 @@ def test_out_is_written_in_place_band_by_band_a_target_type_in_every_spelling_an
     [thread.start() for thread in threads]
     [thread.join() for thread in threads]
     assert ref.same_bits(out, whole) and ref.same_bits(source, before)
-    source = np.arange(12, dtype=np.uint8).reshape(2, 2, 3)
     for spelling in ["int16", np.dtype("<i2"), "Short", ztcoreex.DataType.Short]:
-        got = ztcoreex.convert(source, ztcoreex.PixelType.RGB, "Lum", spelling)
-        assert ref.same_bits(got, ztcoreex.convert(source, "RGB", "Lum", np.int16)), spelling
+        got = ztcoreex.convert(source, ztcoreex.PixelType.BGRA, "Lum", spelling)
+        assert ref.same_bits(got, ref.convert(source, "BGRA", "Lum", np.int16)), spelling
     got = ztcoreex.convert(np.zeros((0, 4, 3), np.uint8), "RGB", "RGBA", np.float64)
     assert got.shape == (0, 4, 4) and got.dtype == np.float64
 
