@@ -43,12 +43,10 @@ def convert(source, source_layout, target_layout, target_dtype):
     pixels, dtype = source.reshape(*source.shape[:2], -1), np.dtype(target_dtype)
     roles = SOURCE_ROLES[source_layout]
     converted = pixels if pixels.dtype == dtype else encode(decode(pixels), dtype)
-    alpha = dtype.type(1.0) if dtype.kind == "f" else np.iinfo(dtype).max  # the top of the range
-    channels = [converted[:, :, roles[role]] if role in roles else
-                np.full(pixels.shape[:2], alpha, dtype)
-                for role in TARGET_ROLES[target_layout]]
-    result = np.stack(channels, axis=2)  # a copy, also when the types are the same
-    return result[:, :, 0] if len(channels) == 1 else result
+    top = dtype.type(1.0) if dtype.kind == "f" else np.iinfo(dtype).max  # a missing alpha
+    channels = [converted[:, :, roles[r]] if r in roles else np.full(pixels.shape[:2], top, dtype)
+                for r in TARGET_ROLES[target_layout]]
+    return channels[0].copy() if len(channels) == 1 else np.stack(channels, axis=2)
 
 
 def random_image(rng, layout, dtype, height=3, width=5):
