@@ -6,8 +6,7 @@ set(_zt_packaging ${CMAKE_CURRENT_SOURCE_DIR}/packaging)
 set(_zt_prefix ${CMAKE_BINARY_DIR}/test-install)
 set(_zt_stage ${CMAKE_BINARY_DIR}/test-destdir)
 if(ZT_SANITIZE) # an instrumented library needs the sanitizer runtime in the executable
-  list(JOIN ZT_SANITIZE "," _zt_sanitizers)
-  set(_zt_flags -fsanitize=${_zt_sanitizers})
+  string(REPLACE ";" "," _zt_flags "-fsanitize=${ZT_SANITIZE}")
 endif()
 
 # zt_add_consumer(<test> <fixture> <cache options...>): the consumer project, built and run.

@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # Checks a built Zt.Core.Ex's exported symbols and that loading it runs nothing of ours.
 source "$(dirname "$0")/common.sh"
-lib=$1
-symbols=$(nm -D -C --defined-only "$lib")
+symbols=$(nm -D -C --defined-only "$1")
 # Internal classes: members (the name, template arguments, "::"), vtables, type_info, VTTs hidden.
 for name in CZtMemBase 'CZtMem<' CZtMemObj CZtArrayBase CZtArray2DBase CZtMatrixBase 'CZtMatrix<' \
   CZtValuePrecision CZtParMap CZtParEntry CZtParValue 'CZtSafePtr<' CZtSafePtrRepo \
@@ -19,6 +18,6 @@ for name in CZtArrayDouble CZtArrayInt CZtArrayUChar CZtArrayUInt CZtArrayUShort
     fail "the ${what} of Zt::${name} is not exported"; done
 done
 # No initialiser of ours runs at load: .init_array holds only the toolchain's frame_dummy (8 bytes).
-init_hex=$(readelf -SW "$lib" | awk '{ for (i = 1; i <= NF; ++i) if ($i == ".init_array") print $(i + 4) }')
+init_hex=$(readelf -SW "$1" | awk '{ for (i = 1; i <= NF; ++i) if ($i == ".init_array") print $(i + 4) }')
 (( 16#${init_hex:-0} <= 8 )) || fail ".init_array holds $((16#$init_hex / 8)) entries, not the toolchain's one"
 finish "$(grep -c ' Zt::' <<<"$symbols") Zt symbols exported, no internal class, no static initialiser"

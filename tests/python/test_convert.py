@@ -1,4 +1,3 @@
-import itertools
 import sys
 import threading
 
@@ -9,14 +8,14 @@ import reference as ref
 import ztcoreex
 
 
-@pytest.mark.parametrize("source_dtype,target_dtype", list(itertools.product(ref.DTYPES, repeat=2)),
-                         ids=lambda d: np.dtype(d).name)
+@pytest.mark.parametrize("target_dtype", ref.DTYPES, ids=lambda d: np.dtype(d).name)
+@pytest.mark.parametrize("source_dtype", ref.DTYPES, ids=lambda d: np.dtype(d).name)
 def test_every_layout_pair_matches_the_reference(source_dtype, target_dtype):
     rng = np.random.default_rng(np.dtype(source_dtype).num * 100 + np.dtype(target_dtype).num)
     for source_layout in ref.SOURCE_ROLES:
         source = ref.random_image(rng, source_layout, source_dtype)
         before = source.copy()
-        for target_layout in ref.TARGETS:
+        for target_layout in ref.TARGET_ROLES:
             got = ztcoreex.convert(source, source_layout, target_layout, target_dtype)
             want = ref.convert(source, source_layout, target_layout, target_dtype)
             assert ref.same_bits(got, want), (source_layout, target_layout, got, want)
@@ -33,15 +32,12 @@ def test_out_is_written_in_place_band_by_band_a_target_type_in_every_spelling_an
     bands = [slice(10, 17), slice(3, 10)]  # views into one source and one out, on two threads
     threads = [threading.Thread(target=ztcoreex.convert, args=(source[b], "BGRA", "RGB", "Float"),
                                 kwargs={"out": out[b]}) for b in bands]
-    for thread in threads:
-        thread.start()
-    for thread in threads:
-        thread.join()
+    [thread.start() for thread in threads]
+    [thread.join() for thread in threads]
     assert ref.same_bits(out, whole) and ref.same_bits(source, before)
-    source = np.arange(12, dtype=np.uint8).reshape(2, 2, 3)
     for spelling in ["int16", np.dtype("<i2"), "Short", ztcoreex.DataType.Short]:
-        got = ztcoreex.convert(source, ztcoreex.PixelType.RGB, "Lum", spelling)
-        assert ref.same_bits(got, ztcoreex.convert(source, "RGB", "Lum", np.int16)), spelling
+        got = ztcoreex.convert(source, ztcoreex.PixelType.BGRA, "Lum", spelling)
+        assert ref.same_bits(got, ref.convert(source, "BGRA", "Lum", np.int16)), spelling
     got = ztcoreex.convert(np.zeros((0, 4, 3), np.uint8), "RGB", "RGBA", np.float64)
     assert got.shape == (0, 4, 4) and got.dtype == np.float64
 
@@ -69,7 +65,6 @@ REFUSALS = [  # (exception, message, positional arguments, out)
     (TypeError, "ndarray", (RGB8, "RGB", "Lum"), [0] * 20),
     (ValueError, "3x3, BayerRG, UByte.*3x3, BayerRG, UShort",
      (np.zeros((3, 3), np.uint8), "BayerRG", "BayerRG", np.uint16), np.full((3, 3), 99, np.uint16)),
-    # An out that overlaps the source: the same block, and its second half.
     (ValueError, "overlaps", (BLOCK.reshape(2, 4, 3), "RGB", "BGR"), BLOCK.reshape(2, 4, 3)),
     (ValueError, "overlaps", (BLOCK[:12].reshape(1, 4, 3), "RGB", "BGR"), BLOCK[6:18].reshape(1, 4, 3)),
 ]
@@ -84,8 +79,7 @@ def test_refusals_leave_source_and_out_untouched(exception, message, args, out):
 
 
 def test_the_gil_is_released_while_converting():
-    # With a long switch interval the main thread, waiting in start() for the GIL, gets back before
-    # the worker is done only if a conversion lets the GIL go.
+    # Under a long switch interval start() returns before the worker ends only if it lets the GIL go.
     source, out = np.zeros((1024, 1024, 4), np.uint8), np.empty((1024, 1024, 4))
     worker = threading.Thread(target=lambda: [ztcoreex.convert(source, "RGBA", "BGRA", np.float64,
                                                                out=out) for _ in range(20)])
@@ -93,8 +87,7 @@ def test_the_gil_is_released_while_converting():
     sys.setswitchinterval(2.0)
     try:
         worker.start()
-        back_before_the_end = worker.is_alive()
-        worker.join()
+        assert worker.is_alive()
     finally:
         sys.setswitchinterval(interval)
-    assert back_before_the_end
+        worker.join()

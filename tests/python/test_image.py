@@ -13,13 +13,12 @@ def _image(layout="RGB", dtype=np.uint8, height=3, width=4):
     return ztcoreex.Image(source, layout), source
 
 
-@pytest.mark.parametrize("layout", list(ref.SAMPLES))
+@pytest.mark.parametrize("layout", list(ref.SOURCE_ROLES))
 @pytest.mark.parametrize("dtype", ref.DTYPES, ids=lambda d: np.dtype(d).name)
 def test_the_view_and_the_pixel_access_show_the_same_copied_samples(layout, dtype):
     image, source = _image(layout, dtype)
     view = np.asarray(image)
-    assert view.shape == image.shape == source.shape and view.dtype == image.dtype == dtype
-    assert ref.same_bits(view, source)
+    assert image.shape == view.shape and image.dtype == dtype and ref.same_bits(view, source)
     assert image.format == f"4x3, {layout}, {image.data_type.name}"
     for y, x in [(0, 0), (1, 3), (2, 2)]:  # get_pixel through the library against the view
         got = np.array(image.get_pixel(x, y), dtype)
@@ -61,7 +60,6 @@ def test_nothing_moves_the_pixels_while_a_view_lives(move):
             move(image, other)
         assert image.format == "4x3, RGB, UByte" and ref.same_bits(np.asarray(image), source)
         del view
-        gc.collect()
     move(image, other)
     assert image.format != "4x3, RGB, UByte"
 
@@ -81,13 +79,10 @@ def test_convert_matches_the_module_function_and_a_refusal_leaves_out_as_it_was(
         image.convert(layout, out=image)
 
 
-@pytest.mark.parametrize("args", [(0, 1, "RGB", np.uint8), (2, 2, "Lum", None)])
-def test_an_image_the_library_cannot_make_is_refused(args):
-    with pytest.raises((ValueError, TypeError)):
-        ztcoreex.Image(*args)
-
-
-def test_normalize_stretches_the_pixels_in_place_and_answers_false_for_another_format():
+def test_normalize_stretches_in_place_answers_false_for_another_format_and_bad_images_fail():
+    for args in [(0, 1, "RGB", np.uint8), (2, 2, "Lum", None)]:
+        with pytest.raises((ValueError, TypeError)):
+            ztcoreex.Image(*args)
     image = ztcoreex.Image(np.array([[2.0, 4.0], [np.nan, 6.0]], np.float32), "Lum")
     assert image.normalize() is True and np.asarray(image)[0].tolist() == [0.0, 0.5]
     assert ztcoreex.Image(2, 2, "Lum", np.float64).normalize() is False
