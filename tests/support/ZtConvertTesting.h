@@ -135,14 +135,6 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
   return target;
 }
 
-// The target run of a guarded conversion at the back (zeros after a reported failure).
-inline Bytes ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td, EPixelType::ID sp,
-                       EDataType::ID sd, unsigned count, const void* source) {
-  const unsigned char* target = RunGuarded(path, tp, td, sp, sd, count, source, false);
-  const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
-  return target == nullptr ? Bytes(bytes) : Bytes(target, target + bytes);
-}
-
 // Whether the guarded conversion of `count` pixels on every path gives `expected`'s first bytes.
 inline ::testing::AssertionResult MatchesReference(const Bytes& expected, EPixelType::ID tp,
                                                    EDataType::ID td, EPixelType::ID sp,
