@@ -23,8 +23,7 @@ inline double Decode(std::uint32_t v) { return v / 4294967295.0; }
 inline double Decode(float v) { return double(v); }
 inline double Decode(double v) { return v; }
 
-// Scale (two-sided for signed types), high test, low test, truncation toward zero. A NaN passes
-// both tests and truncates to the top bit alone: INT32_MIN, or 0 in the unsigned types' low bits.
+// Scale, clamp high then low, truncate; NaN passes both tests: INT32_MIN, or 0 if unsigned.
 inline std::int32_t EncodeSigned(double x, double p, double n) {
   const double y = x > 0 ? x * p : x * n;
   if (y > p) return std::int32_t(p);

@@ -82,10 +82,8 @@ inline const SRegion& Fit(SRegion& region, std::size_t bytes) {
   return region;
 }
 
-// Converts `count` pixels on one path with both runs against protected pages, at the front (the
-// target `offset` bytes in) or at the back; only the source samples the channels use are readable.
-// `source` holds the whole run, or is null to take the region's bytes. Returns the target run, or
-// null after reporting a refusal or a write beside the run on its open side.
+// One path's conversion between protected pages (only used source samples readable); null on a
+// fault.
 inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType::ID td,
                                        EPixelType::ID sp, EDataType::ID sd, unsigned count,
                                        const void* source, bool atFront, std::size_t offset = 0) {
@@ -172,9 +170,7 @@ void Append(Bytes& bytes, T value) {
   bytes.insert(bytes.end(), raw, raw + sizeof(T));
 }
 
-// At least `count` raw samples of one type: every sample of the 8- and 16-bit types; edges and
-// random words of the 32-bit ones; for Float and Double also denormals, values giving denormal
-// Floats, saturation edges, infinities, -0, NaNs, random values around the normalised range.
+// At least `count` samples: all 8/16-bit values; else edges, denormals, specials, random words.
 inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
   Bytes bytes;
   const std::size_t size = std::size_t(SampleBytes(type));

@@ -35,8 +35,7 @@ TEST(ConvertBounds, EveryCellReadsAndWritesOnlyItsRunsOnEveryPath) {
   }
 }
 
-// Targets of 4 MB and more (streaming stores): every cell at the back, bounds only; some
-// against the reference at the front, at several alignments.
+// Targets of 4 MB and more: every cell's bounds; some cells' values at several alignments.
 TEST(ConvertBounds, LargeTargetsStayInsideTheirRunsAtAnyAlignment) {
   for (EPixelType::ID sp : kTargetPixelTypes) {
     for (const auto& sd : kDataTypes) {
@@ -64,8 +63,7 @@ TEST(ConvertBounds, LargeTargetsStayInsideTheirRunsAtAnyAlignment) {
   }
 }
 
-// Overlapping runs in the cells' order: each pixel's red, green and blue read (once per source
-// sample) and stored in turn; then the alphas.
+// Overlapping runs in the cells' order: each pixel's colours read and stored; then the alphas.
 template <class S, class T>
 void ConvertOrdered(unsigned char* buffer, std::size_t sourceAt, std::size_t targetAt,
                     EPixelType::ID sp, EPixelType::ID tp, unsigned count) {
@@ -99,8 +97,7 @@ void ConvertOrdered(unsigned char* buffer, std::size_t sourceAt, std::size_t tar
   }
 }
 
-// Equal formats (a memmove) left out. In place, a red-blue swap stores red over blue before
-// reading blue: it does not swap, over several blocks too.
+// Equal formats (a memmove) left out; an in-place red-blue swap stores red before reading blue.
 TEST(ConvertBounds, OverlappingRunsKeepThePixelOrderOnEveryPath) {
   const EDataType::ID pairs[][2] = {{D::UByte, D::UByte},
                                     {D::UByte, D::UShort},

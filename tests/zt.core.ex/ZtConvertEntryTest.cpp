@@ -38,9 +38,7 @@ Bytes BytesOf(const CZtImage& image, std::size_t from = 0, std::size_t to = SIZE
 // What Reset leaves: all four fields 0.
 const CZtImageFormat kZero(0, 0, P::ID(0), D::ID(0));
 
-// Each form, converting and (equal types) copying: a created target takes the
-// source's size and the new types; without create only the target's memory is
-// used, and its format and the bytes past the run stay.
+// Each form converts or copies; without create the target's format and bytes past the run stay.
 TEST(ConvertType, ConvertsOrCopiesIntoTheTargetInEachForm) {
   using F = CZtImageFormat;
   const F old(21, 9, P::RGB, D::Byte);
@@ -106,8 +104,7 @@ TEST(ConvertType, RefusalsLeaveTheTargetAsTheirStepLeftIt) {
   }
 }
 
-// What ConvertMemory answers and writes (the source's first bytes, or nothing); the dispatch
-// behind it refuses what it refuses.
+// What ConvertMemory answers and writes; the dispatch behind it refuses what it refuses.
 TEST(ConvertMemory, AnswersAndWritesOverTheSourceCount) {
   using F = CZtImageFormat;
   const CZtImage source = Patterned(6, 2, P::RGBA, D::Short);  // 96 bytes
@@ -119,8 +116,7 @@ TEST(ConvertMemory, AnswersAndWritesOverTheSourceCount) {
     std::size_t written;
   };
   std::vector<Row> rows = {
-      // Equal formats copy the byte count; equal types at another size run the cell over the
-      // source's 12 pixels, bit for bit.
+      // Equal formats copy the byte count; equal types at another size copy the source's pixels.
       {source.GetFormat(), source.GetFormat(), true, 96},
       {F(1, 1, P::RGBA, D::Short), source.GetFormat(), true, 96},
       // Nothing to copy or convert: two reset formats, and a count that wraps to 0.

@@ -49,8 +49,7 @@ constexpr TControl kStatus = 0, kDefault = 0, kRounding[] = {0}, kFlushes[] = {0
 
 constexpr std::size_t kSettings = std::size(kRounding) * std::size(kFlushes);
 
-// Every type pair, short runs and long ones, on every path under the first `settings` caller
-// settings: the rule's round-to-nearest results, and the caller's settings kept.
+// Every type pair and run on every path under `settings` caller settings, which stay.
 void ExpectRunsMatch(std::size_t samples, std::size_t settings) {
   for (const auto& sd : kDataTypes) {
     const Bytes source = SamplesOf(sd.type, samples);
@@ -129,8 +128,7 @@ const FixedRow kFixed[] = {
     {I, UI, "2147483646 > 4294967293"},
     {FL, I, "0.999 > 2145336191"},
     {D, I, "0.999 > 2145336163"},
-    // Infinities saturate, -0.0 and NaN give 0 (NaN: INT32_MIN in Int); Float
-    // neither clamps nor keeps what it cannot hold; the floating types keep NaN.
+    // Infinities saturate, -0.0 and NaN give 0 (NaN: INT32_MIN in Int); Float does not clamp.
     {D, All, "inf > 127 255 32767 65535 2147483647 4294967295 inf inf"},
     {D, All, "-inf > -128 0 -32768 0 -2147483648 0 -inf -inf"},
     {D, All, "-0.0 > 0 0 0 0 0 0 -0.0 -0.0"},
@@ -204,8 +202,7 @@ TEST(ConvertSample, RoundTripsLoseExactlyWhatTheRuleLoses) {
   }
 }
 
-// On every input: Int and UInt's fused quotient against the dividing baseline; the single-
-// precision route from Float to the narrow integers against the AVX2 path's double route.
+// On every input: Int/UInt quotients against the baseline; Float to narrow types against AVX2.
 TEST(VectorRoutes, EqualTheirReferenceOnEveryInput) {
   const std::tuple<EDataType::ID, EDataType::ID, std::uint64_t, std::uint64_t, EPath> rows[] = {
       {I, D, 1, 0x80000000u, EPath::Baseline}, {UI, D, 1, 0x100000000u, EPath::Baseline},
