@@ -119,9 +119,8 @@ bool WithSampleType(Zt::EDataType::ID type, Fn&& f) {
 inline int LayoutIndex(Zt::EPixelType::ID type) {
   using P = Zt::EPixelType;
   const P::ID layouts[] = {P::RGB, P::RGBA, P::Lum, P::LumA, P::BGR, P::BGRA};
-  for (int i = 0; i < 6; ++i) {
+  for (int i = 0; i < 6; ++i)
     if (layouts[i] == type) return i;
-  }
   const bool bayer =
       type == P::BayerRG || type == P::BayerBG || type == P::BayerGR || type == P::BayerGB;
   return bayer ? 2 : -1;

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <random>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -30,9 +31,8 @@ using Bytes = std::vector<unsigned char>;
 // The paths this processor can run.
 inline std::vector<EPath> Paths() {
   std::vector<EPath> paths;
-  for (EPath path : {EPath::Baseline, EPath::Avx2, EPath::Avx512}) {
+  for (EPath path : {EPath::Baseline, EPath::Avx2, EPath::Avx512})
     if (Zt::Convert::PathUsable(path)) paths.push_back(path);
-  }
   return paths;
 }
 
@@ -103,9 +103,8 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
                                                 std::size_t(last + 1) * size - skipFront;
   const SRegion& from = Fit(sources, readable);
   unsigned char* readableBegin = from.begin + (atFront ? 0 : from.size - readable);
-  if (source != nullptr && readable != 0) {
+  if (source != nullptr && readable != 0)
     std::memcpy(readableBegin, static_cast<const unsigned char*>(source) + skipFront, readable);
-  }
   // Before the readable stretch by the first pixel's unused samples; an address, like a caller's.
   const void* run =
       reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(readableBegin) - skipFront);
@@ -143,23 +142,17 @@ inline ::testing::AssertionResult MatchesReference(const Bytes& expected, EPixel
   for (EPath path : Paths()) {
     const unsigned char* actual = RunGuarded(path, tp, td, sp, sd, count, source, atFront, offset);
     if (actual == nullptr) return ::testing::AssertionFailure() << "see above";
-    if (std::memcmp(actual, expected.data(), bytes) != 0) {
+    if (std::memcmp(actual, expected.data(), bytes) != 0)
       return ::testing::AssertionFailure() << "differs from the reference: " << g_running;
-    }
   }
   return ::testing::AssertionSuccess();
 }
 
 // Deterministic pseudo-random bytes.
 inline Bytes RandomBytes(std::size_t size, std::uint64_t seed) {
+  std::mt19937_64 engine(seed);
   Bytes bytes(size);
-  std::uint64_t state = seed * 0x9E3779B97F4A7C15ull + 1;
-  for (auto& b : bytes) {
-    state ^= state << 13;
-    state ^= state >> 7;
-    state ^= state << 17;
-    b = static_cast<unsigned char>(state >> 56);
-  }
+  for (auto& b : bytes) b = static_cast<unsigned char>(engine() >> 56);
   return bytes;
 }
 
@@ -174,16 +167,10 @@ void Append(Bytes& bytes, T value) {
 inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
   Bytes bytes;
   const std::size_t size = std::size_t(SampleBytes(type));
-  const Bytes random = RandomBytes(count * 8, 23);
-  const auto word = [&](std::size_t i) {
-    std::uint64_t w;
-    std::memcpy(&w, &random[i * 8], 8);
-    return w;
-  };
+  std::mt19937_64 word(23);
   if (size <= 2) {
-    for (std::size_t i = 0; i < std::max(std::size_t(1) << (8 * size), count); ++i) {
+    for (std::size_t i = 0; i < std::max(std::size_t(1) << (8 * size), count); ++i)
       size == 1 ? Append(bytes, std::uint8_t(i)) : Append(bytes, std::uint16_t(i));
-    }
   } else if (type == EDataType::Double) {
     for (double d : {4.9e-324, -4.9e-324, 1e-310, 1e-40, -1e-42, 1.4e-45, 7e-46, 1e-38, 0.0,
                      0.9999999999, 0x1.fffffffffffffp-1, 0x1.0000000000001p0, -0x1.0000000000001p0,
@@ -191,8 +178,8 @@ inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
       Append(bytes, d);
     }
     for (float f : {-0.0f, INFINITY, -INFINITY, NAN}) Append(bytes, double(f));
-    for (std::size_t i = 0; bytes.size() < count * 8; ++i) {
-      const std::uint64_t w = word(i), denormal = w & 0x800FFFFFFFFFFFFFull;
+    while (bytes.size() < count * 8) {
+      const std::uint64_t w = word(), denormal = w & 0x800FFFFFFFFFFFFFull;
       Append(bytes, w);
       Append(bytes, denormal);
       Append(bytes, denormal | (std::uint64_t(0x380 - (w >> 60)) << 52));  // near Float denormals
@@ -210,8 +197,8 @@ inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
                     -1.0f, 0.5f, 1.0f / 3.0f, 1e-10f, -0.0f, INFINITY, -INFINITY, NAN}) {
       if (isFloat) Append(bytes, f);
     }
-    for (std::size_t i = 0; bytes.size() < count * 4; ++i) {
-      const std::uint32_t w = std::uint32_t(word(i));
+    while (bytes.size() < count * 4) {
+      const std::uint32_t w = std::uint32_t(word());
       Append(bytes, w);
       if (isFloat) Append(bytes, w & 0x807FFFFFu);  // denormal
       if (isFloat) Append(bytes, float(std::int32_t(w)) * 0x1p-30f);

@@ -125,9 +125,8 @@ TEST(ConvertMemory, AnswersAndWritesOverTheSourceCount) {
       // A Bayer format copies at equal size; refused at another, and as a target of another.
       {bayer, bayer, true, 9},
       {F(9, 1, P::BayerBG, D::UByte), bayer, false, 0}};
-  for (EPixelType::ID p : {P::BayerRG, P::BayerBG, P::BayerGR, P::BayerGB}) {
+  for (EPixelType::ID p : {P::BayerRG, P::BayerBG, P::BayerGR, P::BayerGB})
     rows.push_back({F(4, 1, p, D::UByte), good, false, 0});
-  }
   for (int p : kUnknownPixelTypes) {
     rows.push_back({F(4, 1, AsPixelType(p), D::Float), good, false, 0});
     rows.push_back({lum, F(4, 1, AsPixelType(p), D::UByte), false, 0});

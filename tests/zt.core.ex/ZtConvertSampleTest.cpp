@@ -193,9 +193,8 @@ TEST(ConvertSample, RoundTripsLoseExactlyWhatTheRuleLoses) {
           path, P::Lum, type, P::Lum, via, count,
           RunGuarded(path, P::Lum, via, P::Lum, type, count, source.data(), false), false);
       unsigned survivors = 0;
-      for (std::size_t i = 0; back != nullptr && i < source.size(); i += size) {
+      for (std::size_t i = 0; back != nullptr && i < source.size(); i += size)
         survivors += std::memcmp(&back[i], &source[i], size) == 0 ? 1u : 0u;
-      }
       EXPECT_EQ(survivors, expected)
           << Describe(P::Lum, type, P::Lum, via) << " and back, " << PathName(path);
     }
