@@ -91,11 +91,9 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
   const auto& m =
       ZtConvertRef::kTable[ZtConvertRef::LayoutIndex(sp)][ZtConvertRef::LayoutIndex(tp)];
   int first = 4, last = -1;
-  for (int k = 0; k < m.targetSamples; ++k) {
-    if (m.from[k] == ZtConvertRef::F) continue;
-    first = std::min(first, m.from[k]);
-    last = std::max(last, m.from[k]);
-  }
+  for (int k = 0; k < m.targetSamples; ++k)
+    if (m.from[k] != ZtConvertRef::F)
+      first = std::min(first, m.from[k]), last = std::max(last, m.from[k]);
   const std::size_t size = std::size_t(SampleBytes(sd));
   const std::size_t skipFront = std::size_t(first) * size;
   const std::size_t readable = count == 0 ? 0

@@ -31,10 +31,9 @@ TEST(ConvertBounds, EveryCellReadsAndWritesOnlyItsRunsOnEveryPath) {
   const Bytes source = RandomBytes(5003 * 32, 11);
   ForEachCell(kPixelTypes, [&](P::ID sp, D::ID sd, P::ID tp, D::ID td) {
     const Bytes expected = ZtConvertRef::ConvertImage(tp, td, sp, sd, 5003, source.data());
-    for (bool atFront : {true, false}) {
+    for (bool atFront : {true, false})
       for (unsigned count : counts)
         ASSERT_TRUE(MatchesReference(expected, tp, td, sp, sd, count, source.data(), atFront));
-    }
   });
 }
 

@@ -47,8 +47,6 @@ void WriteControl(TControl) {}
 constexpr TControl kStatus = 0, kDefault = 0, kRounding[] = {0}, kFlushes[] = {0};
 #endif
 
-constexpr std::size_t kSettings = std::size(kRounding) * std::size(kFlushes);
-
 // Every type pair and run on every path under `settings` caller settings, which stay.
 void ExpectRunsMatch(std::size_t samples, std::size_t settings) {
   for (const auto& sd : kDataTypes) {
@@ -93,7 +91,7 @@ TEST(ConvertSample, DenseSamplesOfEveryTypeThroughEveryTarget) {
 
 // valgrind models none of these settings: the memcheck runs leave this out.
 TEST(ConvertEnvironment, ResultsAreTheRulesUnderAnyCallerSettings) {
-  ExpectRunsMatch(9000, kSettings);
+  ExpectRunsMatch(9000, std::size(kRounding) * std::size(kFlushes));
 }
 
 // Float to nine digits, Double exact; a target of All: one sample in B, UB, S, US, I, UI, FL, D.
