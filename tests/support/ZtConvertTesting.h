@@ -65,20 +65,18 @@ constexpr std::size_t kGuardBytes = 64;
 // The conversion in hand, for failure messages.
 inline char g_running[256];
 
-// At least `bytes` usable between two protected pages, kept for later calls.
-struct SRegion {
-  unsigned char* begin = nullptr;
-  std::size_t size = 0;
-};
+// At least `bytes` usable between two protected pages: {begin, size}, kept for later calls.
+using SRegion = std::pair<unsigned char*, std::size_t>;
 inline const SRegion& Fit(SRegion& region, std::size_t bytes) {
-  if (region.size >= bytes) return region;
+  auto& [begin, size] = region;
+  if (size >= bytes) return region;
   const std::size_t page = std::size_t(sysconf(_SC_PAGESIZE));
-  if (region.begin != nullptr) munmap(region.begin - page, region.size + 2 * page);
-  region.size = (std::max(bytes, std::size_t(1) << 20) + page - 1) / page * page;
-  void* p = mmap(nullptr, region.size + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (begin != nullptr) munmap(begin - page, size + 2 * page);
+  size = (std::max(bytes, std::size_t(1) << 20) + page - 1) / page * page;
+  void* p = mmap(nullptr, size + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (p == MAP_FAILED) throw std::bad_alloc();
-  region.begin = static_cast<unsigned char*>(p) + page;
-  if (mprotect(region.begin, region.size, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
+  begin = static_cast<unsigned char*>(p) + page;
+  if (mprotect(begin, size, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
   return region;
 }
 
@@ -87,7 +85,7 @@ inline const SRegion& Fit(SRegion& region, std::size_t bytes) {
 inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType::ID td,
                                        EPixelType::ID sp, EDataType::ID sd, unsigned count,
                                        const void* source, bool atFront, std::size_t offset = 0) {
-  static SRegion sources, targets;
+  static SRegion sources{}, targets{};
   const auto& m =
       ZtConvertRef::kTable[ZtConvertRef::LayoutIndex(sp)][ZtConvertRef::LayoutIndex(tp)];
   int first = 4, last = -1;
@@ -100,7 +98,7 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
                                           : (count - 1) * std::size_t(Components(sp)) * size +
                                                 std::size_t(last + 1) * size - skipFront;
   const SRegion& from = Fit(sources, readable);
-  unsigned char* readableBegin = from.begin + (atFront ? 0 : from.size - readable);
+  unsigned char* readableBegin = from.first + (atFront ? 0 : from.second - readable);
   if (source != nullptr && readable != 0)
     std::memcpy(readableBegin, static_cast<const unsigned char*>(source) + skipFront, readable);
   // Before the readable stretch by the first pixel's unused samples; an address, like a caller's.
@@ -109,7 +107,7 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
   const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
   const std::size_t front = atFront ? offset : kGuardBytes, back = atFront ? kGuardBytes : 0;
   const SRegion& to = Fit(targets, offset + bytes + kGuardBytes);
-  unsigned char* target = to.begin + (atFront ? offset : to.size - bytes);
+  unsigned char* target = to.first + (atFront ? offset : to.second - bytes);
   std::memset(target - front, kGuard, front);
   std::memset(target + bytes, kGuard, back);
   std::snprintf(g_running, sizeof g_running, "%s, %u pixels, %s path, runs at the %s, offset %zu",
@@ -192,9 +190,8 @@ inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
       if (isFloat) Append(bytes, float(std::int32_t(edge)) * 0x1p-30f);
     }
     for (float f : {1e-45f, -1e-45f, 1e-40f, -3e-39f, 1.17549421e-38f, 1e-38f, 0.999999f, 1.0f,
-                    -1.0f, 0.5f, 1.0f / 3.0f, 1e-10f, -0.0f, INFINITY, -INFINITY, NAN}) {
+                    -1.0f, 0.5f, 1.0f / 3.0f, 1e-10f, -0.0f, INFINITY, -INFINITY, NAN})
       if (isFloat) Append(bytes, f);
-    }
     while (bytes.size() < count * 4) {
       const std::uint32_t w = std::uint32_t(word());
       Append(bytes, w);

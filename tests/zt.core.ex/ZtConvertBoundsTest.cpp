@@ -85,10 +85,9 @@ void ConvertOrdered(unsigned char* buffer, std::size_t sourceAt, std::size_t tar
     }
   }
   if (ts % 2 != 0) return;  // no alpha
-  for (std::size_t i = 0; i < count; ++i) {
-    const int from = m.from[ts - 1];
-    store(i, ts - 1, from == ZtConvertRef::F ? ZtConvertRef::Fill<T>() : load(i, from));
-  }
+  const int alpha = m.from[ts - 1];
+  for (std::size_t i = 0; i < count; ++i)
+    store(i, ts - 1, alpha == ZtConvertRef::F ? ZtConvertRef::Fill<T>() : load(i, alpha));
 }
 
 // Equal formats (a memmove) left out; an in-place red-blue swap stores red before reading blue.

@@ -41,7 +41,6 @@ const F kZero(0, 0, P::ID(0), D::ID(0));
 
 // Each form converts or copies; without create the target's format and bytes past the run stay.
 TEST(ConvertType, ConvertsOrCopiesIntoTheTargetInEachForm) {
-  const F old(21, 9, P::RGB, D::Byte);
   for (const auto& [from, to] :
        {std::pair{F(7, 3, P::BGRA, D::UShort), F(7, 3, P::LumA, D::Float)},
         std::pair{F(5, 4, P::BayerGB, D::Float), F(5, 4, P::BayerGB, D::Float)}}) {
@@ -58,7 +57,7 @@ TEST(ConvertType, ConvertsOrCopiesIntoTheTargetInEachForm) {
       ASSERT_TRUE(form == 0 ? source.ConvertType(target, to.PixelType, to.DataType)
                             : CZtImage::ConvertType(&target, &source, to.PixelType, to.DataType,
                                                     form == 1));
-      EXPECT_EQ(target.GetFormat(), form == 2 ? old : to);
+      EXPECT_EQ(target.GetFormat(), form == 2 ? F(21, 9, P::RGB, D::Byte) : to);
       EXPECT_EQ(BytesOf(target), want) << "form " << form;
     }
   }

@@ -8,11 +8,34 @@
 
 #include "ZtConvertTesting.h"
 
+using namespace ZtTest;
+
+// Caller settings of the FP control: four roundings; flushing none, results, inputs, both.
 #if defined(__x86_64__)
 #include <xmmintrin.h>
+using TControl = unsigned int;
+static TControl ReadControl() { return _mm_getcsr(); }
+static void WriteControl(TControl c) { _mm_setcsr(c); }
+constexpr TControl kStatus = 0x3F, kDefault = 0x1F80;
+constexpr TControl kRounding[] = {0u << 13, 1u << 13, 2u << 13, 3u << 13};
+constexpr TControl kFlushes[] = {0, 0x8000, 0x40, 0x8040};  // FTZ, DAZ
+#elif defined(__aarch64__)
+using TControl = std::uint64_t;
+static TControl ReadControl() {
+  TControl c;
+  __asm__ __volatile__("mrs %0, fpcr" : "=r"(c) : : "memory");
+  return c;
+}
+static void WriteControl(TControl c) { __asm__ __volatile__("msr fpcr, %0" : : "r"(c) : "memory"); }
+constexpr TControl kStatus = 0, kDefault = 0;
+constexpr TControl kRounding[] = {0u << 22, 2u << 22, 1u << 22, 3u << 22};
+constexpr TControl kFlushes[] = {0, 1u << 24, 1u << 25, 3u << 24};  // FZ, DN
+#else
+using TControl = unsigned int;
+static TControl ReadControl() { return 0; }
+static void WriteControl(TControl) {}
+constexpr TControl kStatus = 0, kDefault = 0, kRounding[] = {0}, kFlushes[] = {0};
 #endif
-
-using namespace ZtTest;
 
 namespace {
 
@@ -20,32 +43,6 @@ constexpr EDataType::ID B = EDataType::Byte, UB = EDataType::UByte, S = EDataTyp
                         US = EDataType::UShort, I = EDataType::Int, UI = EDataType::UInt,
                         FL = EDataType::Float, D = EDataType::Double;
 using P = EPixelType;
-
-// Caller settings of the FP control: four roundings; flushing none, results, inputs, both.
-#if defined(__x86_64__)
-using TControl = unsigned int;
-TControl ReadControl() { return _mm_getcsr(); }
-void WriteControl(TControl c) { _mm_setcsr(c); }
-constexpr TControl kStatus = 0x3F, kDefault = 0x1F80;
-constexpr TControl kRounding[] = {0u << 13, 1u << 13, 2u << 13, 3u << 13};
-constexpr TControl kFlushes[] = {0, 0x8000, 0x40, 0x8040};  // FTZ, DAZ
-#elif defined(__aarch64__)
-using TControl = std::uint64_t;
-TControl ReadControl() {
-  TControl c;
-  __asm__ __volatile__("mrs %0, fpcr" : "=r"(c) : : "memory");
-  return c;
-}
-void WriteControl(TControl c) { __asm__ __volatile__("msr fpcr, %0" : : "r"(c) : "memory"); }
-constexpr TControl kStatus = 0, kDefault = 0;
-constexpr TControl kRounding[] = {0u << 22, 2u << 22, 1u << 22, 3u << 22};
-constexpr TControl kFlushes[] = {0, 1u << 24, 1u << 25, 3u << 24};  // FZ, DN
-#else
-using TControl = unsigned int;
-TControl ReadControl() { return 0; }
-void WriteControl(TControl) {}
-constexpr TControl kStatus = 0, kDefault = 0, kRounding[] = {0}, kFlushes[] = {0};
-#endif
 
 // Every type pair and run on every path under `settings` caller settings, which stay.
 void ExpectRunsMatch(std::size_t samples, std::size_t settings) {
@@ -70,9 +67,9 @@ void ExpectRunsMatch(std::size_t samples, std::size_t settings) {
                                           Zt::CZtImageFormat(int(pixels), 1, from, sd.type));
             const TControl after = ReadControl();
             WriteControl(kDefault);
-            const std::string context = Describe(from, sd.type, to, td.type) + ", " +
-                                        std::to_string(pixels) + " pixels, " + PathName(path) +
-                                        " path, setting " + std::to_string(setting);
+            const std::string context = Describe(from, sd.type, to, td.type) + " x" +
+                                        std::to_string(pixels) + " " + PathName(path) + " #" +
+                                        std::to_string(setting);
             ASSERT_TRUE(ok) << context;
             ASSERT_EQ(caller, after & ~kStatus) << "caller's settings changed: " << context;
             ASSERT_TRUE(target == expected) << "results differ: " << context;
@@ -116,12 +113,9 @@ const FixedRow kFixed[] = {
     {D, All, "0.75 > 95 191 24575 49151 1610612735 3221225471 0.75 0.75"},
     // Truncation, saturation of the scaled value, division, lost precision.
     {S, B, "16384 -16384 -255 -256 > 63 -64 0 -1"},
-    {UB, B, "128 33 > 63 16"},
-    {UB, US, "33 > 8481"},
     {S, UB, "128 129 > 0 1"},
     {UI, I, "3 > 1"},
     {D, B, "1.5 -1.5 0.5 -0.1 > 127 -128 63 -12"},
-    {D, UB, "0.5 > 127"},
     {I, FL, "-2147483647 2147483646 > -1 1"},
     {I, UI, "2147483646 > 4294967293"},
     {FL, I, "0.999 > 2145336191"},
