@@ -23,8 +23,7 @@ inline double Decode(std::uint32_t v) { return v / 4294967295.0; }
 inline double Decode(float v) { return double(v); }
 inline double Decode(double v) { return v; }
 
-// Scale (two-sided for signed types), high test, low test, truncation toward zero. A NaN passes
-// both tests and truncates to the top bit alone: INT32_MIN, or 0 in the unsigned types' low bits.
+// Scale, clamp high then low, truncate; NaN passes both tests: INT32_MIN, or 0 if unsigned.
 inline std::int32_t EncodeSigned(double x, double p, double n) {
   const double y = x > 0 ? x * p : x * n;
   if (y > p) return std::int32_t(p);
@@ -119,26 +118,22 @@ bool WithSampleType(Zt::EDataType::ID type, Fn&& f) {
 // Index of a layout in kTable; a Bayer layout reads as Lum; -1 for others.
 inline int LayoutIndex(Zt::EPixelType::ID type) {
   using P = Zt::EPixelType;
-  const P::ID layouts[] = {P::RGB, P::RGBA, P::Lum, P::LumA, P::BGR, P::BGRA};
-  for (int i = 0; i < 6; ++i) {
-    if (layouts[i] == type) return i;
-  }
-  const bool bayer =
-      type == P::BayerRG || type == P::BayerBG || type == P::BayerGR || type == P::BayerGB;
-  return bayer ? 2 : -1;
+  const P::ID layouts[] = {P::RGB,  P::RGBA,    P::Lum,     P::LumA,    P::BGR,
+                           P::BGRA, P::BayerRG, P::BayerBG, P::BayerGR, P::BayerGB};
+  int i = 0;
+  while (i < 10 && layouts[i] != type) ++i;
+  return i < 6 ? i : i < 10 ? 2 : -1;
 }
 
 // The expected target bytes of a conversion of `count` pixels.
-inline std::vector<unsigned char> ConvertImage(Zt::EPixelType::ID targetPixel,
-                                               Zt::EDataType::ID targetData,
-                                               Zt::EPixelType::ID sourcePixel,
-                                               Zt::EDataType::ID sourceData, unsigned count,
-                                               const void* source) {
-  const int from = LayoutIndex(sourcePixel);
-  const Mapping& m = kTable[from][LayoutIndex(targetPixel)];
+inline std::vector<unsigned char> ConvertImage(Zt::EPixelType::ID tp, Zt::EDataType::ID td,
+                                               Zt::EPixelType::ID sp, Zt::EDataType::ID sd,
+                                               unsigned count, const void* source) {
+  const int from = LayoutIndex(sp);
+  const Mapping& m = kTable[from][LayoutIndex(tp)];
   std::vector<unsigned char> out;
-  WithSampleType(sourceData, [&](auto s) {
-    WithSampleType(targetData, [&](auto t) {
+  WithSampleType(sd, [&](auto s) {
+    WithSampleType(td, [&](auto t) {
       std::vector<decltype(t)> samples(std::size_t(count) * std::size_t(m.targetSamples));
       std::vector<decltype(s)> in(std::size_t(count) * std::size_t(kSourceSamples[from]));
       if (count == 0) return;  // memcpy takes no null pointer, not even for 0 bytes

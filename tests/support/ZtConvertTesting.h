@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <random>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -30,9 +31,8 @@ using Bytes = std::vector<unsigned char>;
 // The paths this processor can run.
 inline std::vector<EPath> Paths() {
   std::vector<EPath> paths;
-  for (EPath path : {EPath::Baseline, EPath::Avx2, EPath::Avx512}) {
+  for (EPath path : {EPath::Baseline, EPath::Avx2, EPath::Avx512})
     if (Zt::Convert::PathUsable(path)) paths.push_back(path);
-  }
   return paths;
 }
 
@@ -65,56 +65,49 @@ constexpr std::size_t kGuardBytes = 64;
 // The conversion in hand, for failure messages.
 inline char g_running[256];
 
-// At least `bytes` usable between two protected pages, kept for later calls.
-struct SRegion {
-  unsigned char* begin = nullptr;
-  std::size_t size = 0;
-};
+// At least `bytes` usable between two protected pages: {begin, size}, kept for later calls.
+using SRegion = std::pair<unsigned char*, std::size_t>;
 inline const SRegion& Fit(SRegion& region, std::size_t bytes) {
-  if (region.size >= bytes) return region;
+  auto& [begin, size] = region;
+  if (size >= bytes) return region;
   const std::size_t page = std::size_t(sysconf(_SC_PAGESIZE));
-  if (region.begin != nullptr) munmap(region.begin - page, region.size + 2 * page);
-  region.size = (std::max(bytes, std::size_t(1) << 20) + page - 1) / page * page;
-  void* p = mmap(nullptr, region.size + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (begin != nullptr) munmap(begin - page, size + 2 * page);
+  size = (std::max(bytes, std::size_t(1) << 20) + page - 1) / page * page;
+  void* p = mmap(nullptr, size + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (p == MAP_FAILED) throw std::bad_alloc();
-  region.begin = static_cast<unsigned char*>(p) + page;
-  if (mprotect(region.begin, region.size, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
+  begin = static_cast<unsigned char*>(p) + page;
+  if (mprotect(begin, size, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
   return region;
 }
 
-// Converts `count` pixels on one path with both runs against protected pages, at the front (the
-// target `offset` bytes in) or at the back; only the source samples the channels use are readable.
-// `source` holds the whole run, or is null to take the region's bytes. Returns the target run, or
-// null after reporting a refusal or a write beside the run on its open side.
+// One path's conversion between protected pages (only used source samples readable); null on a
+// fault.
 inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType::ID td,
                                        EPixelType::ID sp, EDataType::ID sd, unsigned count,
                                        const void* source, bool atFront, std::size_t offset = 0) {
-  static SRegion sources, targets;
+  static SRegion sources{}, targets{};
   const auto& m =
       ZtConvertRef::kTable[ZtConvertRef::LayoutIndex(sp)][ZtConvertRef::LayoutIndex(tp)];
   int first = 4, last = -1;
-  for (int k = 0; k < m.targetSamples; ++k) {
-    if (m.from[k] == ZtConvertRef::F) continue;
-    first = std::min(first, m.from[k]);
-    last = std::max(last, m.from[k]);
-  }
+  for (int k = 0; k < m.targetSamples; ++k)
+    if (m.from[k] != ZtConvertRef::F)
+      first = std::min(first, m.from[k]), last = std::max(last, m.from[k]);
   const std::size_t size = std::size_t(SampleBytes(sd));
   const std::size_t skipFront = std::size_t(first) * size;
   const std::size_t readable = count == 0 ? 0
                                           : (count - 1) * std::size_t(Components(sp)) * size +
                                                 std::size_t(last + 1) * size - skipFront;
   const SRegion& from = Fit(sources, readable);
-  unsigned char* readableBegin = from.begin + (atFront ? 0 : from.size - readable);
-  if (source != nullptr && readable != 0) {
+  unsigned char* readableBegin = from.first + (atFront ? 0 : from.second - readable);
+  if (source != nullptr && readable != 0)
     std::memcpy(readableBegin, static_cast<const unsigned char*>(source) + skipFront, readable);
-  }
   // Before the readable stretch by the first pixel's unused samples; an address, like a caller's.
   const void* run =
       reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(readableBegin) - skipFront);
   const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
   const std::size_t front = atFront ? offset : kGuardBytes, back = atFront ? kGuardBytes : 0;
   const SRegion& to = Fit(targets, offset + bytes + kGuardBytes);
-  unsigned char* target = to.begin + (atFront ? offset : to.size - bytes);
+  unsigned char* target = to.first + (atFront ? offset : to.second - bytes);
   std::memset(target - front, kGuard, front);
   std::memset(target + bytes, kGuard, back);
   std::snprintf(g_running, sizeof g_running, "%s, %u pixels, %s path, runs at the %s, offset %zu",
@@ -135,14 +128,6 @@ inline const unsigned char* RunGuarded(EPath path, EPixelType::ID tp, EDataType:
   return target;
 }
 
-// The target run of a guarded conversion at the back (zeros after a reported failure).
-inline Bytes ConvertOn(EPath path, EPixelType::ID tp, EDataType::ID td, EPixelType::ID sp,
-                       EDataType::ID sd, unsigned count, const void* source) {
-  const unsigned char* target = RunGuarded(path, tp, td, sp, sd, count, source, false);
-  const std::size_t bytes = count * std::size_t(Components(tp) * SampleBytes(td));
-  return target == nullptr ? Bytes(bytes) : Bytes(target, target + bytes);
-}
-
 // Whether the guarded conversion of `count` pixels on every path gives `expected`'s first bytes.
 inline ::testing::AssertionResult MatchesReference(const Bytes& expected, EPixelType::ID tp,
                                                    EDataType::ID td, EPixelType::ID sp,
@@ -153,23 +138,17 @@ inline ::testing::AssertionResult MatchesReference(const Bytes& expected, EPixel
   for (EPath path : Paths()) {
     const unsigned char* actual = RunGuarded(path, tp, td, sp, sd, count, source, atFront, offset);
     if (actual == nullptr) return ::testing::AssertionFailure() << "see above";
-    if (std::memcmp(actual, expected.data(), bytes) != 0) {
+    if (std::memcmp(actual, expected.data(), bytes) != 0)
       return ::testing::AssertionFailure() << "differs from the reference: " << g_running;
-    }
   }
   return ::testing::AssertionSuccess();
 }
 
 // Deterministic pseudo-random bytes.
 inline Bytes RandomBytes(std::size_t size, std::uint64_t seed) {
+  std::mt19937_64 engine(seed);
   Bytes bytes(size);
-  std::uint64_t state = seed * 0x9E3779B97F4A7C15ull + 1;
-  for (auto& b : bytes) {
-    state ^= state << 13;
-    state ^= state >> 7;
-    state ^= state << 17;
-    b = static_cast<unsigned char>(state >> 56);
-  }
+  for (auto& b : bytes) b = static_cast<unsigned char>(engine() >> 56);
   return bytes;
 }
 
@@ -180,22 +159,14 @@ void Append(Bytes& bytes, T value) {
   bytes.insert(bytes.end(), raw, raw + sizeof(T));
 }
 
-// At least `count` raw samples of one type: every sample of the 8- and 16-bit types; edges and
-// random words of the 32-bit ones; for Float and Double also denormals, values giving denormal
-// Floats, saturation edges, infinities, -0, NaNs, random values around the normalised range.
+// At least `count` samples: all 8/16-bit values; else edges, denormals, specials, random words.
 inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
   Bytes bytes;
   const std::size_t size = std::size_t(SampleBytes(type));
-  const Bytes random = RandomBytes(count * 8, 23);
-  const auto word = [&](std::size_t i) {
-    std::uint64_t w;
-    std::memcpy(&w, &random[i * 8], 8);
-    return w;
-  };
+  std::mt19937_64 word(23);
   if (size <= 2) {
-    for (std::size_t i = 0; i < std::max(std::size_t(1) << (8 * size), count); ++i) {
+    for (std::size_t i = 0; i < std::max(std::size_t(1) << (8 * size), count); ++i)
       size == 1 ? Append(bytes, std::uint8_t(i)) : Append(bytes, std::uint16_t(i));
-    }
   } else if (type == EDataType::Double) {
     for (double d : {4.9e-324, -4.9e-324, 1e-310, 1e-40, -1e-42, 1.4e-45, 7e-46, 1e-38, 0.0,
                      0.9999999999, 0x1.fffffffffffffp-1, 0x1.0000000000001p0, -0x1.0000000000001p0,
@@ -203,8 +174,8 @@ inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
       Append(bytes, d);
     }
     for (float f : {-0.0f, INFINITY, -INFINITY, NAN}) Append(bytes, double(f));
-    for (std::size_t i = 0; bytes.size() < count * 8; ++i) {
-      const std::uint64_t w = word(i), denormal = w & 0x800FFFFFFFFFFFFFull;
+    while (bytes.size() < count * 8) {
+      const std::uint64_t w = word(), denormal = w & 0x800FFFFFFFFFFFFFull;
       Append(bytes, w);
       Append(bytes, denormal);
       Append(bytes, denormal | (std::uint64_t(0x380 - (w >> 60)) << 52));  // near Float denormals
@@ -219,11 +190,10 @@ inline Bytes SamplesOf(EDataType::ID type, std::size_t count) {
       if (isFloat) Append(bytes, float(std::int32_t(edge)) * 0x1p-30f);
     }
     for (float f : {1e-45f, -1e-45f, 1e-40f, -3e-39f, 1.17549421e-38f, 1e-38f, 0.999999f, 1.0f,
-                    -1.0f, 0.5f, 1.0f / 3.0f, 1e-10f, -0.0f, INFINITY, -INFINITY, NAN}) {
+                    -1.0f, 0.5f, 1.0f / 3.0f, 1e-10f, -0.0f, INFINITY, -INFINITY, NAN})
       if (isFloat) Append(bytes, f);
-    }
-    for (std::size_t i = 0; bytes.size() < count * 4; ++i) {
-      const std::uint32_t w = std::uint32_t(word(i));
+    while (bytes.size() < count * 4) {
+      const std::uint32_t w = std::uint32_t(word());
       Append(bytes, w);
       if (isFloat) Append(bytes, w & 0x807FFFFFu);  // denormal
       if (isFloat) Append(bytes, float(std::int32_t(w)) * 0x1p-30f);

@@ -11,46 +11,40 @@ namespace {
 using P = EPixelType;
 using D = EDataType;
 
+P::ID Id(P::ID p) { return p; }
+P::ID Id(const PixelTypeInfo& p) { return p.type; }
+
+// Calls f(sp, sd, tp, td) for every cell from the layouts `sources`.
+template <class Sources, class Fn>
+void ForEachCell(const Sources& sources, Fn&& f) {
+  for (const auto& sp : sources)
+    for (const auto& sd : kDataTypes)
+      for (EPixelType::ID tp : kTargetPixelTypes)
+        for (const auto& td : kDataTypes) f(Id(sp), sd.type, tp, td.type);
+}
+
 // Every cell, runs of 0 to twice the widest vector plus one, around unrolls and blocks.
 TEST(ConvertBounds, EveryCellReadsAndWritesOnlyItsRunsOnEveryPath) {
   std::vector<unsigned> counts(2 * 64 + 2);
   for (unsigned i = 0; i < counts.size(); ++i) counts[i] = i;
   counts.insert(counts.end(), {511, 513, 1024, 2049, 4097, 5003});
-  for (const auto& sp : kPixelTypes) {
-    for (const auto& sd : kDataTypes) {
-      const Bytes source = RandomBytes(5003 * std::size_t(sp.components * sd.bytes), 11);
-      for (EPixelType::ID tp : kTargetPixelTypes) {
-        for (const auto& td : kDataTypes) {
-          const Bytes expected =
-              ZtConvertRef::ConvertImage(tp, td.type, sp.type, sd.type, 5003, source.data());
-          for (bool atFront : {true, false}) {
-            for (unsigned count : counts) {
-              ASSERT_TRUE(MatchesReference(expected, tp, td.type, sp.type, sd.type, count,
-                                           source.data(), atFront));
-            }
-          }
-        }
-      }
-    }
-  }
+  const Bytes source = RandomBytes(5003 * 32, 11);
+  ForEachCell(kPixelTypes, [&](P::ID sp, D::ID sd, P::ID tp, D::ID td) {
+    const Bytes expected = ZtConvertRef::ConvertImage(tp, td, sp, sd, 5003, source.data());
+    for (bool atFront : {true, false})
+      for (unsigned count : counts)
+        ASSERT_TRUE(MatchesReference(expected, tp, td, sp, sd, count, source.data(), atFront));
+  });
 }
 
-// Targets of 4 MB and more (streaming stores): every cell at the back, bounds only; some
-// against the reference at the front, at several alignments.
+// Targets of 4 MB and more: every cell's bounds; some cells' values at several alignments.
 TEST(ConvertBounds, LargeTargetsStayInsideTheirRunsAtAnyAlignment) {
-  for (EPixelType::ID sp : kTargetPixelTypes) {
-    for (const auto& sd : kDataTypes) {
-      for (EPixelType::ID tp : kTargetPixelTypes) {
-        for (const auto& td : kDataTypes) {
-          const unsigned count =
-              unsigned((std::size_t(4) << 20) / std::size_t(Components(tp) * td.bytes) + 3);
-          for (EPath path : Paths()) {
-            ASSERT_NE(RunGuarded(path, tp, td.type, sp, sd.type, count, nullptr, false), nullptr);
-          }
-        }
-      }
-    }
-  }
+  ForEachCell(kTargetPixelTypes, [](P::ID sp, D::ID sd, P::ID tp, D::ID td) {
+    const unsigned count =
+        unsigned((std::size_t(4) << 20) / std::size_t(Components(tp) * SampleBytes(td)) + 3);
+    for (EPath path : Paths())
+      ASSERT_NE(RunGuarded(path, tp, td, sp, sd, count, nullptr, false), nullptr);
+  });
   const std::tuple<P::ID, D::ID, P::ID, D::ID> cases[] = {{P::Lum, D::UByte, P::RGBA, D::Double},
                                                           {P::BGRA, D::Float, P::RGB, D::Short},
                                                           {P::RGB, D::UShort, P::BGRA, D::UShort}};
@@ -58,14 +52,12 @@ TEST(ConvertBounds, LargeTargetsStayInsideTheirRunsAtAnyAlignment) {
   for (const auto& [sp, sd, tp, td] : cases) {
     const Bytes source = RandomBytes(kCount * std::size_t(Components(sp) * SampleBytes(sd)), 9);
     const Bytes expected = ZtConvertRef::ConvertImage(tp, td, sp, sd, kCount, source.data());
-    for (std::size_t offset : {0u, 8u, 35u}) {
+    for (std::size_t offset : {0u, 8u, 35u})
       EXPECT_TRUE(MatchesReference(expected, tp, td, sp, sd, kCount, source.data(), true, offset));
-    }
   }
 }
 
-// Overlapping runs in the cells' order: each pixel's red, green and blue read (once per source
-// sample) and stored in turn; then the alphas.
+// Overlapping runs in the cells' order: each pixel's colours read and stored; then the alphas.
 template <class S, class T>
 void ConvertOrdered(unsigned char* buffer, std::size_t sourceAt, std::size_t targetAt,
                     EPixelType::ID sp, EPixelType::ID tp, unsigned count) {
@@ -93,14 +85,12 @@ void ConvertOrdered(unsigned char* buffer, std::size_t sourceAt, std::size_t tar
     }
   }
   if (ts % 2 != 0) return;  // no alpha
-  for (std::size_t i = 0; i < count; ++i) {
-    const int from = m.from[ts - 1];
-    store(i, ts - 1, from == ZtConvertRef::F ? ZtConvertRef::Fill<T>() : load(i, from));
-  }
+  const int alpha = m.from[ts - 1];
+  for (std::size_t i = 0; i < count; ++i)
+    store(i, ts - 1, alpha == ZtConvertRef::F ? ZtConvertRef::Fill<T>() : load(i, alpha));
 }
 
-// Equal formats (a memmove) left out. In place, a red-blue swap stores red over blue before
-// reading blue: it does not swap, over several blocks too.
+// Equal formats (a memmove) left out; an in-place red-blue swap stores red before reading blue.
 TEST(ConvertBounds, OverlappingRunsKeepThePixelOrderOnEveryPath) {
   const EDataType::ID pairs[][2] = {{D::UByte, D::UByte},
                                     {D::UByte, D::UShort},

@@ -15,6 +15,7 @@ namespace {
 
 using P = EPixelType;
 using D = EDataType;
+using F = CZtImageFormat;
 
 // Reaches the protected dispatch.
 struct Dispatch : CZtImage {
@@ -36,14 +37,10 @@ Bytes BytesOf(const CZtImage& image, std::size_t from = 0, std::size_t to = SIZE
 }
 
 // What Reset leaves: all four fields 0.
-const CZtImageFormat kZero(0, 0, P::ID(0), D::ID(0));
+const F kZero(0, 0, P::ID(0), D::ID(0));
 
-// Each form, converting and (equal types) copying: a created target takes the
-// source's size and the new types; without create only the target's memory is
-// used, and its format and the bytes past the run stay.
+// Each form converts or copies; without create the target's format and bytes past the run stay.
 TEST(ConvertType, ConvertsOrCopiesIntoTheTargetInEachForm) {
-  using F = CZtImageFormat;
-  const F old(21, 9, P::RGB, D::Byte);
   for (const auto& [from, to] :
        {std::pair{F(7, 3, P::BGRA, D::UShort), F(7, 3, P::LumA, D::Float)},
         std::pair{F(5, 4, P::BayerGB, D::Float), F(5, 4, P::BayerGB, D::Float)}}) {
@@ -60,7 +57,7 @@ TEST(ConvertType, ConvertsOrCopiesIntoTheTargetInEachForm) {
       ASSERT_TRUE(form == 0 ? source.ConvertType(target, to.PixelType, to.DataType)
                             : CZtImage::ConvertType(&target, &source, to.PixelType, to.DataType,
                                                     form == 1));
-      EXPECT_EQ(target.GetFormat(), form == 2 ? old : to);
+      EXPECT_EQ(target.GetFormat(), form == 2 ? F(21, 9, P::RGB, D::Byte) : to);
       EXPECT_EQ(BytesOf(target), want) << "form " << form;
     }
   }
@@ -92,7 +89,7 @@ TEST(ConvertType, RefusalsLeaveTheTargetAsTheirStepLeftIt) {
     CZtImage created, fromStatic;
     EXPECT_FALSE(source.ConvertType(created, bayer, D::UShort));
     EXPECT_TRUE(created.IsValid());
-    EXPECT_EQ(created.GetFormat(), CZtImageFormat(4, 4, bayer, D::UShort));
+    EXPECT_EQ(created.GetFormat(), F(4, 4, bayer, D::UShort));
     EXPECT_FALSE(CZtImage::ConvertType(&fromStatic, &source, bayer, D::UByte, true));
     EXPECT_TRUE(fromStatic.IsValid());
   }
@@ -106,10 +103,8 @@ TEST(ConvertType, RefusalsLeaveTheTargetAsTheirStepLeftIt) {
   }
 }
 
-// What ConvertMemory answers and writes (the source's first bytes, or nothing); the dispatch
-// behind it refuses what it refuses.
+// What ConvertMemory answers and writes; the dispatch behind it refuses what it refuses.
 TEST(ConvertMemory, AnswersAndWritesOverTheSourceCount) {
-  using F = CZtImageFormat;
   const CZtImage source = Patterned(6, 2, P::RGBA, D::Short);  // 96 bytes
   const F bayer(3, 3, P::BayerBG, D::UByte), good(4, 1, P::RGB, D::UByte),
       lum(4, 1, P::Lum, D::Float);
@@ -119,8 +114,7 @@ TEST(ConvertMemory, AnswersAndWritesOverTheSourceCount) {
     std::size_t written;
   };
   std::vector<Row> rows = {
-      // Equal formats copy the byte count; equal types at another size run the cell over the
-      // source's 12 pixels, bit for bit.
+      // Equal formats copy the byte count; equal types at another size copy the source's pixels.
       {source.GetFormat(), source.GetFormat(), true, 96},
       {F(1, 1, P::RGBA, D::Short), source.GetFormat(), true, 96},
       // Nothing to copy or convert: two reset formats, and a count that wraps to 0.
@@ -129,17 +123,14 @@ TEST(ConvertMemory, AnswersAndWritesOverTheSourceCount) {
       // A Bayer format copies at equal size; refused at another, and as a target of another.
       {bayer, bayer, true, 9},
       {F(9, 1, P::BayerBG, D::UByte), bayer, false, 0}};
-  for (EPixelType::ID p : {P::BayerRG, P::BayerBG, P::BayerGR, P::BayerGB}) {
+  for (EPixelType::ID p : {P::BayerRG, P::BayerBG, P::BayerGR, P::BayerGB})
     rows.push_back({F(4, 1, p, D::UByte), good, false, 0});
-  }
-  for (int p : kUnknownPixelTypes) {
-    rows.push_back({F(4, 1, AsPixelType(p), D::Float), good, false, 0});
-    rows.push_back({lum, F(4, 1, AsPixelType(p), D::UByte), false, 0});
-  }
-  for (int d : kUnknownDataTypes) {
-    rows.push_back({F(4, 1, P::Lum, AsDataType(d)), good, false, 0});
-    rows.push_back({lum, F(4, 1, P::RGB, AsDataType(d)), false, 0});
-  }
+  for (int p : kUnknownPixelTypes)
+    rows.insert(rows.end(), {{F(4, 1, AsPixelType(p), D::Float), good, false, 0},
+                             {lum, F(4, 1, AsPixelType(p), D::UByte), false, 0}});
+  for (int d : kUnknownDataTypes)
+    rows.insert(rows.end(), {{F(4, 1, P::Lum, AsDataType(d)), good, false, 0},
+                             {lum, F(4, 1, P::RGB, AsDataType(d)), false, 0}});
   for (const Row& r : rows) {
     SCOPED_TRACE(std::string(r.target.ToString().ToCString()) + " from " +
                  r.source.ToString().ToCString());
@@ -147,10 +138,8 @@ TEST(ConvertMemory, AnswersAndWritesOverTheSourceCount) {
     std::copy_n(BytesOf(source).begin(), r.written, want.begin());
     EXPECT_EQ(CZtImage::ConvertMemory(target.data(), source.GetDataPtr(), r.target, r.source),
               r.ok);
-    if (!r.ok) {
-      EXPECT_FALSE(
-          Dispatch::_ConvertTrgSwitch(target.data(), source.GetDataPtr(), r.target, r.source));
-    }
+    EXPECT_TRUE(r.ok || !Dispatch::_ConvertTrgSwitch(target.data(), source.GetDataPtr(), r.target,
+                                                     r.source));
     EXPECT_EQ(target, want);
   }
 }

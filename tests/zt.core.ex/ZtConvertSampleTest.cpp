@@ -2,19 +2,40 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <iterator>
 #include <sstream>
-#include <string>
 
 #include "ZtConvertTesting.h"
 
+using namespace ZtTest;
+
+// Caller settings of the FP control: four roundings; flushing none, results, inputs, both.
 #if defined(__x86_64__)
 #include <xmmintrin.h>
+using TControl = unsigned int;
+static TControl ReadControl() { return _mm_getcsr(); }
+static void WriteControl(TControl c) { _mm_setcsr(c); }
+constexpr TControl kStatus = 0x3F, kDefault = 0x1F80;
+constexpr TControl kRounding[] = {0u << 13, 1u << 13, 2u << 13, 3u << 13};
+constexpr TControl kFlushes[] = {0, 0x8000, 0x40, 0x8040};  // FTZ, DAZ
+#elif defined(__aarch64__)
+using TControl = std::uint64_t;
+static TControl ReadControl() {
+  TControl c;
+  __asm__ __volatile__("mrs %0, fpcr" : "=r"(c) : : "memory");
+  return c;
+}
+static void WriteControl(TControl c) { __asm__ __volatile__("msr fpcr, %0" : : "r"(c) : "memory"); }
+constexpr TControl kStatus = 0, kDefault = 0;
+constexpr TControl kRounding[] = {0u << 22, 2u << 22, 1u << 22, 3u << 22};
+constexpr TControl kFlushes[] = {0, 1u << 24, 1u << 25, 3u << 24};  // FZ, DN
+#else
+using TControl = unsigned int;
+static TControl ReadControl() { return 0; }
+static void WriteControl(TControl) {}
+constexpr TControl kStatus = 0, kDefault = 0, kRounding[] = {0}, kFlushes[] = {0};
 #endif
-
-using namespace ZtTest;
 
 namespace {
 
@@ -23,36 +44,7 @@ constexpr EDataType::ID B = EDataType::Byte, UB = EDataType::UByte, S = EDataTyp
                         FL = EDataType::Float, D = EDataType::Double;
 using P = EPixelType;
 
-// Caller settings of the FP control: four roundings; flushing none, results, inputs, both.
-#if defined(__x86_64__)
-using TControl = unsigned int;
-TControl ReadControl() { return _mm_getcsr(); }
-void WriteControl(TControl c) { _mm_setcsr(c); }
-constexpr TControl kStatus = 0x3F, kDefault = 0x1F80;
-constexpr TControl kRounding[] = {0u << 13, 1u << 13, 2u << 13, 3u << 13};
-constexpr TControl kFlushes[] = {0, 0x8000, 0x40, 0x8040};  // FTZ, DAZ
-#elif defined(__aarch64__)
-using TControl = std::uint64_t;
-TControl ReadControl() {
-  TControl c;
-  __asm__ __volatile__("mrs %0, fpcr" : "=r"(c) : : "memory");
-  return c;
-}
-void WriteControl(TControl c) { __asm__ __volatile__("msr fpcr, %0" : : "r"(c) : "memory"); }
-constexpr TControl kStatus = 0, kDefault = 0;
-constexpr TControl kRounding[] = {0u << 22, 2u << 22, 1u << 22, 3u << 22};
-constexpr TControl kFlushes[] = {0, 1u << 24, 1u << 25, 3u << 24};  // FZ, DN
-#else
-using TControl = unsigned int;
-TControl ReadControl() { return 0; }
-void WriteControl(TControl) {}
-constexpr TControl kStatus = 0, kDefault = 0, kRounding[] = {0}, kFlushes[] = {0};
-#endif
-
-constexpr std::size_t kSettings = std::size(kRounding) * std::size(kFlushes);
-
-// Every type pair, short runs and long ones, on every path under the first `settings` caller
-// settings: the rule's round-to-nearest results, and the caller's settings kept.
+// Every type pair and run on every path under `settings` caller settings, which stay.
 void ExpectRunsMatch(std::size_t samples, std::size_t settings) {
   for (const auto& sd : kDataTypes) {
     const Bytes source = SamplesOf(sd.type, samples);
@@ -75,9 +67,9 @@ void ExpectRunsMatch(std::size_t samples, std::size_t settings) {
                                           Zt::CZtImageFormat(int(pixels), 1, from, sd.type));
             const TControl after = ReadControl();
             WriteControl(kDefault);
-            const std::string context = Describe(from, sd.type, to, td.type) + ", " +
-                                        std::to_string(pixels) + " pixels, " + PathName(path) +
-                                        " path, setting " + std::to_string(setting);
+            const std::string context = Describe(from, sd.type, to, td.type) + " x" +
+                                        std::to_string(pixels) + " " + PathName(path) + " #" +
+                                        std::to_string(setting);
             ASSERT_TRUE(ok) << context;
             ASSERT_EQ(caller, after & ~kStatus) << "caller's settings changed: " << context;
             ASSERT_TRUE(target == expected) << "results differ: " << context;
@@ -88,11 +80,15 @@ void ExpectRunsMatch(std::size_t samples, std::size_t settings) {
   }
 }
 
-TEST(ConvertSample, DenseSamplesOfEveryTypeThroughEveryTarget) { ExpectRunsMatch(60000, 1); }
+// The log names the paths run, so that a run shows what it covered.
+TEST(ConvertSample, DenseSamplesOfEveryTypeThroughEveryTarget) {
+  for (EPath path : Paths()) std::printf("conversion path run: %s\n", PathName(path));
+  ExpectRunsMatch(60000, 1);
+}
 
 // valgrind models none of these settings: the memcheck runs leave this out.
 TEST(ConvertEnvironment, ResultsAreTheRulesUnderAnyCallerSettings) {
-  ExpectRunsMatch(9000, kSettings);
+  ExpectRunsMatch(9000, std::size(kRounding) * std::size(kFlushes));
 }
 
 // Float to nine digits, Double exact; a target of All: one sample in B, UB, S, US, I, UI, FL, D.
@@ -104,41 +100,27 @@ struct FixedRow {
 };
 
 const FixedRow kFixed[] = {
-    // Samples of each type in every type: bottom or top, small, middle.
-    {B, All, "-128 > -128 0 -32768 0 -2147483648 0 -1 -1.0"},
+    // Samples of each type in every type.
     {B, All, "-1 > -1 0 -256 0 -16777216 0 -0.0078125 -0.0078125"},
     {B, All, "64 > 64 128 16512 33025 1082196483 2164392967 0.503937006 0.5039370078740157"},
-    {UB, All, "1 > 0 1 128 257 8421504 16843009 0.00392156886 0.00392156862745098"},
     {UB, All, "128 > 63 128 16447 32896 1077952575 2155905152 0.501960814 0.5019607843137255"},
-    {UB, All, "255 > 127 255 32767 65535 2147483647 4294967295 1 1.0"},
-    {S, All, "-1 > 0 0 -1 0 -65536 0 -3.05175781e-05 -3.0517578125e-05"},
     {S, All, "16384 > 63 127 16384 32768 1073774592 2147549185 0.500015259 0.500015259254738"},
-    {US, All, "1 > 0 0 0 1 32768 65537 1.52590219e-05 1.5259021896696422e-05"},
-    {US, All, "32768 > 63 127 16383 32768 1073758207 2147516416 0.500007629 0.5000076295109483"},
     {US, All, "65534 > 126 254 32766 65534 2147450878 4294901758 0.999984741 0.9999847409781033"},
-    {I, All, "-2147483648 > -128 0 -32768 0 -2147483648 0 -1 -1.0"},
     {I, All, "-1 > 0 0 0 0 -1 0 -4.65661287e-10 -4.656612873077393e-10"},
     {I, All, "1073741824 > 63 127 16383 32767 1073741824 2147483648 0.5 0.5000000002328306"},
-    {UI, All, "1 > 0 0 0 0 0 1 2.32830644e-10 2.3283064370807974e-10"},
     {UI, All, "2147483648 > 63 127 16383 32767 1073741823 2147483648 0.5 0.5000000001164153"},
-    {UI, All, "4294967294 > 126 254 32766 65534 2147483646 4294967294 1 0.9999999997671694"},
     {FL, All, "-0.5 > -64 0 -16384 0 -1073741824 0 -0.5 -0.5"},
-    {FL, All, "0.25 > 31 63 8191 16383 536870911 1073741823 0.25 0.25"},
     {D, All, "0.75 > 95 191 24575 49151 1610612735 3221225471 0.75 0.75"},
     // Truncation, saturation of the scaled value, division, lost precision.
     {S, B, "16384 -16384 -255 -256 > 63 -64 0 -1"},
-    {UB, B, "128 33 > 63 16"},
-    {UB, US, "33 > 8481"},
     {S, UB, "128 129 > 0 1"},
     {UI, I, "3 > 1"},
     {D, B, "1.5 -1.5 0.5 -0.1 > 127 -128 63 -12"},
-    {D, UB, "0.5 > 127"},
     {I, FL, "-2147483647 2147483646 > -1 1"},
     {I, UI, "2147483646 > 4294967293"},
     {FL, I, "0.999 > 2145336191"},
     {D, I, "0.999 > 2145336163"},
-    // Infinities saturate, -0.0 and NaN give 0 (NaN: INT32_MIN in Int); Float
-    // neither clamps nor keeps what it cannot hold; the floating types keep NaN.
+    // Infinities saturate, -0.0 and NaN give 0 (NaN: INT32_MIN in Int); Float does not clamp.
     {D, All, "inf > 127 255 32767 65535 2147483647 4294967295 inf inf"},
     {D, All, "-inf > -128 0 -32768 0 -2147483648 0 -inf -inf"},
     {D, All, "-0.0 > 0 0 0 0 0 0 -0.0 -0.0"},
@@ -159,8 +141,7 @@ const FixedRow kFixed[] = {
     {S, B, "-1 > 0 127", P::Lum, P::LumA},
     {FL, B, "0.5 0.25 0.75 0 0.5 0.25 0.75 2 > 63 0 63 127", P::RGBA, P::LumA},
     {UB, UB, "7 9 > 7 7 7 9", P::LumA, P::RGBA},
-    {US, UB, "65535 > 255 255 255", P::BayerRG, P::RGB},
-};
+    {US, UB, "65535 > 255 255 255", P::BayerRG, P::RGB}};
 
 // Samples of `type` from words of text up to ">" (or only one) to raw bytes.
 Bytes Parse(EDataType::ID type, std::istream& in, bool one = false) {
@@ -182,12 +163,9 @@ TEST(ConvertSample, ReferenceTablesWorkedExamplesSpecialValuesAndChannels) {
       if (row.to != All && row.to != to.type) continue;
       const Bytes expected = Parse(to.type, in, row.to == All);
       ASSERT_EQ(expected.size(), count * std::size_t(to.bytes * Components(row.tp))) << row.text;
-      for (EPath path : Paths()) {
-        EXPECT_EQ(ConvertOn(path, row.tp, to.type, row.sp, row.from, count, source.data()),
-                  expected)
-            << Describe(row.sp, row.from, row.tp, to.type) << " of \"" << row.text << "\", "
-            << PathName(path);
-      }
+      EXPECT_TRUE(MatchesReference(expected, row.tp, to.type, row.sp, row.from, count,
+                                   source.data(), false))
+          << row.text;
     }
   }
 }
@@ -203,20 +181,19 @@ TEST(ConvertSample, RoundTripsLoseExactlyWhatTheRuleLoses) {
     const std::size_t size = std::size_t(SampleBytes(type));
     const unsigned count = unsigned(source.size() / size);
     for (EPath path : Paths()) {
-      const Bytes there = ConvertOn(path, P::Lum, via, P::Lum, type, count, source.data());
-      const Bytes back = ConvertOn(path, P::Lum, type, P::Lum, via, count, there.data());
+      const unsigned char* back = RunGuarded(
+          path, P::Lum, type, P::Lum, via, count,
+          RunGuarded(path, P::Lum, via, P::Lum, type, count, source.data(), false), false);
       unsigned survivors = 0;
-      for (std::size_t i = 0; i < source.size(); i += size) {
+      for (std::size_t i = 0; back != nullptr && i < source.size(); i += size)
         survivors += std::memcmp(&back[i], &source[i], size) == 0 ? 1u : 0u;
-      }
       EXPECT_EQ(survivors, expected)
           << Describe(P::Lum, type, P::Lum, via) << " and back, " << PathName(path);
     }
   }
 }
 
-// On every input: Int and UInt's fused quotient against the dividing baseline; the single-
-// precision route from Float to the narrow integers against the AVX2 path's double route.
+// On every input: Int/UInt quotients against the baseline; Float to narrow types against AVX2.
 TEST(VectorRoutes, EqualTheirReferenceOnEveryInput) {
   const std::tuple<EDataType::ID, EDataType::ID, std::uint64_t, std::uint64_t, EPath> rows[] = {
       {I, D, 1, 0x80000000u, EPath::Baseline}, {UI, D, 1, 0x100000000u, EPath::Baseline},
@@ -245,14 +222,6 @@ TEST(VectorRoutes, EqualTheirReferenceOnEveryInput) {
       }
     }
   }
-}
-
-// The log names the paths this processor gave the tests, so that a run shows what it covered.
-TEST(ConvertPaths, AreNamedInTheLog) {
-  std::string names;
-  for (EPath path : Paths()) names += std::string(" ") + PathName(path);
-  std::printf("conversion paths run:%s\n", names.c_str());
-  EXPECT_FALSE(names.empty());
 }
 
 }  // namespace

@@ -29,8 +29,7 @@ TEST(CZtImageMonikerConversion, AViewConvertsFromAndIntoMemoryLikeTheImageItself
       CZtImage expected, fromView;
       ASSERT_TRUE(source.ConvertType(expected, p, d.type));
       EXPECT_TRUE(CZtImage::ConvertType(&fromView, &view, p, d.type, true));
-      // Without create, into a view of a const image, and into one of const memory bound under
-      // another format, which stays.
+      // Without create, into views of a const image and of memory under a format that stays.
       const CZtImage block(expected.GetFormat());
       std::vector<unsigned char> memory(expected.GetByteCount());
       CZtImageMoniker ofImage, ofMemory;
