@@ -14,25 +14,13 @@
 #include "ZtHollowArray.h"
 #include "ZtParMap.h"
 
-using Zt::CZtArrayDouble;
-using Zt::CZtArrayString;
-using Zt::CZtArrayUInt;
-using Zt::CZtException;
-using Zt::CZtMetaData;
-using Zt::CZtParEntry;
-using Zt::CZtSafePtr;
-using Zt::CZtSafePtrRepo;
-using Zt::CZtString;
-using Zt::EParType;
-using ZtTest::Chain;
-using ZtTest::ExpectRaise;
-using ZtTest::Link;
-using ZtTest::Raised;
+using namespace Zt;
+using namespace ZtTest;
 
 namespace {
 
-using TEvent = Zt::CZtParEvent<std::string, std::string>;
-using TParMap = Zt::CZtParMap<std::string, std::string>;
+using TEvent = CZtParEvent<std::string, std::string>;
+using TParMap = CZtParMap<std::string, std::string>;
 using Zt::Constraint::CAny;
 
 const std::string kStrings =
@@ -45,7 +33,7 @@ constexpr const char* kMapFile = "source\\zt.core.development\\ZtParMap";
 struct Script {
   bool accept = true;           // what the constraint answers
   const void* value = nullptr;  // what the constraint last saw
-  EParType kind = Zt::ParNone;
+  EParType kind = ParNone;
   std::vector<std::string> calls;  // "check", "describe", "read <key>", "write <key>"
   std::function<void(TParMap*, const std::string&)> onWrite;  // runs before a refusal
   bool refuseRead = false, refuseWrite = false;
@@ -92,28 +80,27 @@ struct ScriptedEvent final : TEvent {
 template <class E>
 std::string CloneOf(const char* guid) {
   E raised("detail", "Zt::Somewhere::Raise", 17, nullptr);
-  const std::unique_ptr<Zt::CIException> clone(
-      static_cast<Zt::CZtParameterException&>(raised).Clone());
+  const std::unique_ptr<CIException> clone(static_cast<CZtParameterException&>(raised).Clone());
   EXPECT_NE(dynamic_cast<const E*>(clone.get()), nullptr) << guid;
-  EXPECT_EQ(clone->GetGUID(), Zt::CGuid(guid)) << guid;
+  EXPECT_EQ(clone->GetGUID(), CGuid(guid)) << guid;
   EXPECT_EQ(clone->GetLine(), 17u);
-  const bool base = std::is_same_v<E, Zt::CZtParameterException>;
-  EXPECT_EQ(clone->HasException(Zt::CZtParameterException::ClassGuid), base);  // replaced, not kept
+  const bool base = std::is_same_v<E, CZtParameterException>;
+  EXPECT_EQ(clone->HasException(CZtParameterException::ClassGuid), base);  // replaced, not kept
   return std::string(clone->GetName()) + ": " + clone->GetMessageText();
 }
 
 TEST(ParameterExceptions, ComposeTheirMessageAndKeepEverythingInAClone) {
-  EXPECT_EQ(CloneOf<Zt::CZtParameterException>("{3500903C-1B00-4CDB-AFC3-53C91539D6F9}"),
+  EXPECT_EQ(CloneOf<CZtParameterException>("{3500903C-1B00-4CDB-AFC3-53C91539D6F9}"),
             "Zt.ParameterException: detail");
-  EXPECT_EQ(CloneOf<Zt::CZtParInvalidNameException>("{2952225E-DB39-479E-A4E1-7496D6D531B2}"),
+  EXPECT_EQ(CloneOf<CZtParInvalidNameException>("{2952225E-DB39-479E-A4E1-7496D6D531B2}"),
             "Zt.ParInvalidNameException: Unknown parameter name; detail");
-  EXPECT_EQ(CloneOf<Zt::CZtParAccessReadException>("{2D69D395-4593-48BC-BC70-05C182CEFAE0}"),
+  EXPECT_EQ(CloneOf<CZtParAccessReadException>("{2D69D395-4593-48BC-BC70-05C182CEFAE0}"),
             "Zt.ParAccessReadException: Parameter read access denied; detail");
-  EXPECT_EQ(CloneOf<Zt::CZtParAccessWriteException>("{2C95F24C-6098-4354-A291-A8A3C0D0EFAE}"),
+  EXPECT_EQ(CloneOf<CZtParAccessWriteException>("{2C95F24C-6098-4354-A291-A8A3C0D0EFAE}"),
             "Zt.ParAccessWriteException: Parameter write access denied; detail");
-  EXPECT_EQ(CloneOf<Zt::CZtParInvalidTypeException>("{944D12C7-608C-4509-9755-66A898B5432C}"),
+  EXPECT_EQ(CloneOf<CZtParInvalidTypeException>("{944D12C7-608C-4509-9755-66A898B5432C}"),
             "Zt.ParInvalidTypeException: Wrong type for parameter; detail");
-  EXPECT_EQ(CloneOf<Zt::CZtParInvalidValueException>("{3044F9AE-0257-4215-B36C-E8EFD6A543ED}"),
+  EXPECT_EQ(CloneOf<CZtParInvalidValueException>("{3044F9AE-0257-4215-B36C-E8EFD6A543ED}"),
             "Zt.ParInvalidValueException: Invalid parameter value; detail");
 }
 
@@ -125,17 +112,10 @@ std::string RepositoryOf(TEvent*) {
   return "Zt::CZtSafePtrRepo<class Zt::CZtParEvent<" + kStrings + "," + kStrings + " > >";
 }
 
-struct ByIndex {  // names a typed test's instances by their position
-  template <class T>
-  static std::string GetName(int index) {
-    return std::to_string(index);
-  }
-};
-
 template <class T>
 class SafePtr : public ::testing::Test {};
 using SharedKinds = ::testing::Types<CAny, TEvent>;
-TYPED_TEST_SUITE(SafePtr, SharedKinds, ByIndex);
+TYPED_TEST_SUITE(SafePtr, SharedKinds, );  // empty: default names, no pedantic warning
 
 TYPED_TEST(SafePtr, CountsEveryReferenceAndReleasesOnlyTheStorageWithTheLast) {
   using Ptr = CZtSafePtr<TypeParam>;
@@ -238,12 +218,12 @@ std::pair<Texts, Texts> Samples(const Texts&) { return {{"a", "", "c"}, {"z"}}; 
 template <class T>
 class ParMapValue : public ParMapFixture {};
 using ValueTypes = ::testing::Types<unsigned int, double, CZtString, UInts, Doubles, Texts>;
-TYPED_TEST_SUITE(ParMapValue, ValueTypes, ByIndex);
+TYPED_TEST_SUITE(ParMapValue, ValueTypes, );
 
 TYPED_TEST(ParMapValue, ChecksStoresNotifiesAndUndoesRefusedWrites) {
   const auto samples = Samples(TypeParam{});
   const TypeParam &old = samples.first, &fresh = samples.second;
-  constexpr EParType kind = Zt::ZtParKind<TypeParam>::value;
+  constexpr EParType kind = ZtParKind<TypeParam>::value;
   TParMap& map = this->m_Map;
   Script& script = this->m_Script;
   const auto stored = [&](const char* key) -> TypeParam& {
@@ -306,8 +286,8 @@ TYPED_TEST(ParMapValue, ChecksStoresNotifiesAndUndoesRefusedWrites) {
 // Access comes before the kind, and both before the constraint, which refuses here.
 TEST_F(ParMapFixture, ChecksNameThenAccessThenKindThenConstraint) {
   m_Script.accept = false;
-  Add("read only", Zt::ParStringArray, true).writable = false;
-  Add("write only", Zt::ParInt, true).readable = false;
+  Add("read only", ParStringArray, true).writable = false;
+  Add("write only", ParInt, true).readable = false;
   const std::string type = "Zt.ParInvalidTypeException";
   const struct {
     const char* key;
@@ -329,7 +309,7 @@ TEST_F(ParMapFixture, ChecksNameThenAccessThenKindThenConstraint) {
 TEST(ParMapKinds, HaveTheirTextsAndEveryOtherValueIsUnknown) {
   std::string names;
   for (int kind : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, -1, 0x7fffffff})
-    names += std::string(Zt::GetParTypeName(static_cast<EParType>(kind)).ToCString()) + " ";
+    names += std::string(GetParTypeName(static_cast<EParType>(kind)).ToCString()) + " ";
   EXPECT_EQ(names,
             "none int unsigned double string int[] unsigned[] double[] string[] unknown unknown "
             "unknown ");
@@ -339,10 +319,10 @@ TEST(ParMapKinds, HaveTheirTextsAndEveryOtherValueIsUnknown) {
 TEST_F(ParMapFixture, AssignmentSharesTheObjectsAndClearReleasesThem) {
   CZtParEntry entry;
   entry.external = true;
-  entry.Assign("name", Zt::ParDoubleArray, "text", {}, {});
+  entry.Assign("name", ParDoubleArray, "text", {}, {});
   EXPECT_TRUE(entry.readable && entry.writable && !entry.external);
 
-  Add("shared", Zt::ParDouble, true, true);
+  Add("shared", ParDouble, true, true);
   EXPECT_TRUE(m_Map.WriteParameter("shared", 3.5));
   const CAny* constraint = m_Map.GetDirectory()["shared"].constraint.Get();
   const TEvent* event = m_Map.GetDirectory()["shared"].event.Get();
@@ -350,7 +330,7 @@ TEST_F(ParMapFixture, AssignmentSharesTheObjectsAndClearReleasesThem) {
   {
     TParMap copy;
     copy.Init();
-    Add("gone", Zt::ParDouble, true, false, &copy);
+    Add("gone", ParDouble, true, false, &copy);
     EXPECT_EQ(m_Constraints.GetObjectCount(), 2u);
     copy = m_Map;
     EXPECT_FALSE(copy.HasParameter("gone"));
@@ -363,7 +343,7 @@ TEST_F(ParMapFixture, AssignmentSharesTheObjectsAndClearReleasesThem) {
 
   m_Map.Clear();
   EXPECT_EQ(m_Constraints.GetObjectCount() + m_Events.GetObjectCount(), 0u);
-  Add("shared", Zt::ParDouble);
+  Add("shared", ParDouble);
   double value = 1.0;
   EXPECT_TRUE(m_Map.ReadParameter("shared", value));
   EXPECT_EQ(value, 0.0) << "the value went with the entry";
@@ -501,7 +481,7 @@ TEST(CZtMetaData, WalksNamesInUnsignedByteOrderAndCopiesThemAll) {
 TEST(CZtMetaData, ArraysWithoutImplementationDifferByFamily) {
   CZtMetaData store;
   // Numeric: Length raises, unwrapped in AddElement, after the element exists.
-  const ZtTest::Hollow<CZtArrayUInt> hollow;
+  const Hollow<CZtArrayUInt> hollow;
   const Chain::value_type notInitialized{"Zt.Exception", "Nullptr --> Object not initialized"};
   EXPECT_EQ(Raised([&] { store.AddElement("u", "", hollow); }), Chain{notInitialized});
   EXPECT_EQ(Raised([&] { store.SetElement("u", hollow); }),
