@@ -62,16 +62,12 @@ struct ScriptedEvent final : TEvent {
   ~ScriptedEvent() { ++script->destroyed; }
   void OnRead(TParMap*, const std::string* key) override {
     script->calls.push_back("read " + *key);
-    if (script->refuseRead) {
-      throw CZtException::Create("read refused", "Handler", "Handler::OnRead", 11);
-    }
+    if (script->refuseRead) throw CZtException::Create("read refused", "", "OnRead", 11);
   }
   void OnWrite(TParMap* map, const std::string* key) override {
     script->calls.push_back("write " + *key);
     if (script->onWrite) script->onWrite(map, *key);
-    if (script->refuseWrite) {
-      throw CZtException::Create("write refused", "Handler", "Handler::OnWrite", 12);
-    }
+    if (script->refuseWrite) throw CZtException::Create("write refused", "", "OnWrite", 12);
   }
   Script* script;
 };
@@ -423,11 +419,9 @@ TEST(CZtMetaData, EachFormReachesTheElementsOfItsKindOnly) {
         EXPECT_EQ(Values(value), Values(b.second)) << "out argument changed";
       } else {
         store.GetElement("x", value);
-        if constexpr (std::is_same_v<decltype(a.first), B>) {
-          EXPECT_EQ(Values(value), Values(a.first));
-        } else {
-          EXPECT_EQ(Values(value), Values(B{})) << "an array element meets an empty record";
-        }
+        B expected{};  // an array element meets an empty record
+        if constexpr (std::is_same_v<decltype(a.first), B>) expected = a.first;
+        EXPECT_EQ(Values(value), Values(expected));
         store.SetElement("x", b.first);
         value = b.second;
         store.GetElement("x", value);
@@ -469,13 +463,12 @@ TEST(CZtMetaData, WalksNamesInUnsignedByteOrderAndCopiesThemAll) {
   assigned.AddElement("gone", "", 2u);
   assigned = store;
   store.Clear();
-  EXPECT_EQ(store.GetElementCount(), 0u);
-  EXPECT_FALSE(assigned.HasElement("gone"));
   double copied = 0, reassigned = 0;
   copy.GetElement("a", copied);
   assigned.GetElement("a", reassigned);
-  EXPECT_EQ(std::make_tuple(copy.GetElementCount(), assigned.GetElementCount(), copied, reassigned),
-            std::make_tuple(6u, 6u, 1.0, 1.0));
+  EXPECT_EQ(std::make_tuple(store.GetElementCount(), assigned.HasElement("gone"),
+                            copy.GetElementCount(), assigned.GetElementCount(), copied, reassigned),
+            std::make_tuple(0u, false, 6u, 6u, 1.0, 1.0));
 }
 
 TEST(CZtMetaData, ArraysWithoutImplementationDifferByFamily) {
