@@ -26,7 +26,8 @@ using Zt::Constraint::CAny;
 const std::string kStrings =
     "class std::basic_string<char,struct std::char_traits<char>,class std::allocator<char> >";
 const std::string kMapClass = "Zt::CZtParMap<" + kStrings + "," + kStrings + " >::";
-constexpr const char* kMapFile = "source\\zt.core.development\\ZtParMap";
+constexpr const char *kMapFile = "source\\zt.core.development\\ZtParMap",
+                     *kRepoFile = "source\\zt.core.development\\ZtSafePtrRepo";
 
 // Shared objects are released with a plain operator delete: doubles keep state in a script.
 
@@ -78,10 +79,9 @@ std::string CloneOf(const char* guid) {
   E raised("detail", "Zt::Somewhere::Raise", 17, nullptr);
   const std::unique_ptr<CIException> clone(static_cast<CZtParameterException&>(raised).Clone());
   EXPECT_NE(dynamic_cast<const E*>(clone.get()), nullptr) << guid;
-  EXPECT_EQ(clone->GetGUID(), CGuid(guid)) << guid;
-  EXPECT_EQ(clone->GetLine(), 17u);
-  const bool base = std::is_same_v<E, CZtParameterException>;
-  EXPECT_EQ(clone->HasException(CZtParameterException::ClassGuid), base);  // replaced, not kept
+  EXPECT_TRUE(clone->GetGUID() == CGuid(guid) && clone->GetLine() == 17u) << guid;
+  const bool base = std::is_same_v<E, CZtParameterException>;  // else the GUID is replaced
+  EXPECT_EQ(clone->HasException(CZtParameterException::ClassGuid), base);
   return std::string(clone->GetName()) + ": " + clone->GetMessageText();
 }
 
@@ -121,9 +121,8 @@ TYPED_TEST(SafePtr, CountsEveryReferenceAndReleasesOnlyTheStorageWithTheLast) {
   // A failed Register or DeRegister wraps its cause, both naming the repository's member.
   const auto expectFailure = [&](const std::function<void()>& op, const char* member,
                                  const char* inner) {
-    const std::string function = RepositoryOf(none) + "::" + member;
+    const std::string function = RepositoryOf(none) + "::" + member, file = kRepoFile;
     const char* outer = member[0] == 'R' ? "Error registering" : "Error deregistering";
-    const char* const file = "source\\zt.core.development\\ZtSafePtrRepo";
     ExpectRaise(op, {{outer, function, file}, {inner, function, file}});
   };
   TypeParam* a = NewShared(none, &script);
@@ -250,8 +249,7 @@ TYPED_TEST(ParMapValue, ChecksStoresNotifiesAndUndoesRefusedWrites) {
       Raised([&] { map.WriteParameter("checked", fresh); }),
       (Chain{kWriteHead,
              {"Zt.ParInvalidValueException", "Invalid parameter value; 'checked': too big"}}));
-  EXPECT_EQ(script.value, &fresh);
-  EXPECT_EQ(script.kind, kind);
+  EXPECT_TRUE(script.value == &fresh && script.kind == kind);
   EXPECT_EQ(stored("checked"), old);
   TypeParam value = fresh;
   EXPECT_TRUE(map.ReadParameter("checked", value));
@@ -298,17 +296,14 @@ TEST_F(ParMapFixture, ChecksNameThenAccessThenKindThenConstraint) {
     EXPECT_EQ(Raised([&] { m_Map.ReadParameter(c.key, value); }), c.read) << c.key;
     EXPECT_EQ(value, 5u) << c.key;
   }
-  EXPECT_FALSE(m_Map.HasParameter("unknown")) << "a failed look-up adds no entry";
-  EXPECT_TRUE(m_Script.calls.empty());
+  EXPECT_TRUE(!m_Map.HasParameter("unknown") && m_Script.calls.empty()) << "no entry, no call";
 }
 
 TEST(ParMapKinds, HaveTheirTextsAndEveryOtherValueIsUnknown) {
   std::string names;
-  for (int kind : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, -1, 0x7fffffff})
+  for (int kind : {0, 5, 9, -1, 0x7fffffff})  // failures' messages name the other kinds
     names += std::string(GetParTypeName(static_cast<EParType>(kind)).ToCString()) + " ";
-  EXPECT_EQ(names,
-            "none int unsigned double string int[] unsigned[] double[] string[] unknown unknown "
-            "unknown ");
+  EXPECT_EQ(names, "none int[] unknown unknown unknown ");
 }
 
 // Copies share the entries' objects; Clear releases them; only Finalize allows a second Init.
@@ -318,10 +313,9 @@ TEST_F(ParMapFixture, AssignmentSharesTheObjectsAndClearReleasesThem) {
   entry.Assign("name", ParDoubleArray, "text", {}, {});
   EXPECT_TRUE(entry.readable && entry.writable && !entry.external);
 
-  Add("shared", ParDouble, true, true);
+  const CZtParEntry& shared = Add("shared", ParDouble, true, true);
   EXPECT_TRUE(m_Map.WriteParameter("shared", 3.5));
-  const CAny* constraint = m_Map.GetDirectory()["shared"].constraint.Get();
-  const TEvent* event = m_Map.GetDirectory()["shared"].event.Get();
+  const CAny* constraint = shared.constraint.Get();
   EXPECT_EQ(m_Constraints.GetReferenceCount(constraint), 1u) << "Assign's argument copies left";
   {
     TParMap copy;
@@ -332,7 +326,7 @@ TEST_F(ParMapFixture, AssignmentSharesTheObjectsAndClearReleasesThem) {
     EXPECT_FALSE(copy.HasParameter("gone"));
     EXPECT_EQ(m_Constraints.GetObjectCount(), 1u);
     EXPECT_EQ(m_Constraints.GetReferenceCount(constraint), 2u);
-    EXPECT_EQ(m_Events.GetReferenceCount(event), 2u);
+    EXPECT_EQ(m_Events.GetReferenceCount(shared.event.Get()), 2u);
     EXPECT_EQ(copy.GetDirectory()["shared"].description, "description of shared");
   }
   EXPECT_EQ(m_Constraints.GetReferenceCount(constraint), 1u);
