@@ -131,9 +131,8 @@ TYPED_TEST(SafePtr, CountsEveryReferenceAndReleasesOnlyTheStorageWithTheLast) {
   {
     Ptr onB(b, &repository), copy(onB), assigned;
     assigned = copy;
-    EXPECT_EQ(repository.GetReferenceCount(b), 3u);
-    EXPECT_EQ(assigned.GetRepository(), &repository);
-    EXPECT_EQ(repository.GetObjectCount(), 2u);
+    EXPECT_TRUE(repository.GetReferenceCount(b) == 3u && assigned.GetRepository() == &repository &&
+                repository.GetObjectCount() == 2u);
     // Registered twice, a reference leaves in one call; one not listed leaves nothing.
     repository.Register(&copy);
     EXPECT_EQ(repository.GetReferenceCount(b), 4u);
@@ -144,8 +143,7 @@ TYPED_TEST(SafePtr, CountsEveryReferenceAndReleasesOnlyTheStorageWithTheLast) {
     repository.Register(&copy);
     // Assignment leaves the old object first, releasing it with its last reference.
     onA = copy;
-    EXPECT_EQ(repository.GetObjectCount(), 1u);
-    EXPECT_EQ(repository.GetReferenceCount(b), 4u);
+    EXPECT_TRUE(repository.GetObjectCount() == 1u && repository.GetReferenceCount(b) == 4u);
     assigned = Ptr();
     EXPECT_TRUE(assigned.Get() == nullptr && assigned.GetRepository() == nullptr);
     EXPECT_EQ(repository.GetReferenceCount(b), 3u);
@@ -229,17 +227,13 @@ TYPED_TEST(ParMapValue, ChecksStoresNotifiesAndUndoesRefusedWrites) {
   this->Add("event", kind, false, true);
   stored("event") = old;
   TypeParam seen{};
-  script.onWrite = [&](TParMap* m, const std::string& key) {
-    seen = m->GetValue<TypeParam>(key).Value;
-  };
+  script.onWrite = [&](TParMap* m, auto& key) { seen = m->GetValue<TypeParam>(key).Value; };
   script.refuseWrite = true;
   EXPECT_EQ(Raised([&] { map.WriteParameter("event", fresh); }),
             (Chain{kWriteHead, kWriteDenied, {"Zt.Exception", "write refused"}}));
-  EXPECT_EQ(seen, fresh);
-  EXPECT_EQ(stored("event"), old);
+  EXPECT_TRUE(seen == fresh && stored("event") == old);
   script.refuseWrite = false;
-  EXPECT_TRUE(map.WriteParameter("event", fresh));
-  EXPECT_EQ(stored("event"), fresh);
+  EXPECT_TRUE(map.WriteParameter("event", fresh) && stored("event") == fresh);
 
   // A refusing constraint sees the caller's value before anything is stored or told.
   this->Add("checked", kind, true, true);
@@ -250,19 +244,16 @@ TYPED_TEST(ParMapValue, ChecksStoresNotifiesAndUndoesRefusedWrites) {
       (Chain{kWriteHead,
              {"Zt.ParInvalidValueException", "Invalid parameter value; 'checked': too big"}}));
   EXPECT_TRUE(script.value == &fresh && script.kind == kind);
-  EXPECT_EQ(stored("checked"), old);
   TypeParam value = fresh;
-  EXPECT_TRUE(map.ReadParameter("checked", value));
-  EXPECT_EQ(value, old);
+  EXPECT_TRUE(stored("checked") == old && map.ReadParameter("checked", value) && value == old);
 
   // External parameters only tell their handler, if any.
   this->Add("with", kind, false, true).external = true;
   this->Add("without", kind).external = true;
   for (const char* key : {"with", "without"}) {
-    EXPECT_FALSE(map.WriteParameter(key, fresh)) << key;
-    EXPECT_FALSE(map.ReadParameter(key, value)) << key;
-    EXPECT_EQ(value, old) << key;
-    EXPECT_EQ(stored(key), TypeParam{}) << key;
+    EXPECT_TRUE(!map.WriteParameter(key, fresh) && !map.ReadParameter(key, value) && value == old &&
+                stored(key) == TypeParam{})
+        << key;
   }
   // Nothing to restore on the external path, and reads have no wrapper.
   script.refuseWrite = true;
