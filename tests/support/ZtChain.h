@@ -66,9 +66,8 @@ using Chain = std::vector<std::pair<std::string, std::string>>;
 
 inline Chain ChainOf(const Zt::CIException& head) {
   Chain chain;
-  for (const Zt::CIException* e = &head; e != nullptr; e = InnerOf(*e)) {
+  for (const Zt::CIException* e = &head; e != nullptr; e = InnerOf(*e))
     chain.emplace_back(e->GetName(), e->GetMessageText());
-  }
   return chain;
 }
 

@@ -152,8 +152,7 @@ TEST(CZtString, CopiesAssignsAppendsAndConcatenatesByValue) {
 
   const CZtString a("left"), b("right");
   EXPECT_EQ(S(a + b) + "|" + S(a + "; " + b) + "|" + S(a), "leftright|left; right|left");
-  EXPECT_TRUE(a + b == "leftright");
-  EXPECT_TRUE(a != b);
+  EXPECT_TRUE(a + b == "leftright" && a != b);
   // Always a valid block (width, length and bytes: the byte array's CopyFrom test).
   EXPECT_TRUE(static_cast<const Zt::IMemoryAccess&>(CZtString("four")).IsValid());
   delete static_cast<Zt::IMemoryAccess*>(new CZtString("x"));  // a virtual destructor
