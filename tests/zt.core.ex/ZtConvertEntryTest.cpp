@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <thread>
 
 #include "ZtConvertTesting.h"
@@ -158,6 +159,28 @@ TEST(ConvertMemory, TwoThreadsConvertAtOnce) {
                                                       a.GetDataPtr()));
   EXPECT_EQ(BytesOf(outB),
             ZtConvertRef::ConvertImage(P::RGB, D::UByte, P::LumA, D::Int, 90000, b.GetDataPtr()));
+}
+
+// The usable paths: those the processor and system run, probed apart from the engine, less those
+// that glibc.cpu.hwcaps tunables switch off in a run that names them in ZT_NARROWED.
+TEST(ConvertPaths, FollowTheProcessorAndTheTunablesAndLargeRunsTakeTheWidest) {
+  const char* narrowed = std::getenv("ZT_NARROWED");
+  if (narrowed == nullptr && std::getenv("GLIBC_TUNABLES") != nullptr) GTEST_SKIP();
+  std::vector<EPath> expected{EPath::Baseline};
+#if defined(__x86_64__)
+  const bool fma = __builtin_cpu_supports("fma");
+  if (fma && __builtin_cpu_supports("avx2")) expected.push_back(EPath::Avx2);
+  if (fma && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+      __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl"))
+    expected.push_back(EPath::Avx512);
+#endif
+  const auto off = [&](EPath p) {
+    return narrowed != nullptr && std::strstr(narrowed, PathName(p));
+  };
+  expected.erase(std::remove_if(expected.begin(), expected.end(), off), expected.end());
+  EXPECT_EQ(Paths(), expected);
+  EXPECT_EQ(Zt::Convert::ChoosePath(1u << 20), expected.back());
+  EXPECT_EQ(Zt::Convert::ChoosePath(1), EPath::Baseline);
 }
 
 }  // namespace
