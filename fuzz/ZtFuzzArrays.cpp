@@ -2,11 +2,8 @@
 // one; refusals must come where the model says and keep the array. The first byte picks the family.
 
 #include <algorithm>
-#include <cstdint>
-#include <cstring>
 #include <memory>
 #include <optional>
-#include <string>
 #include <type_traits>
 #include <vector>
 
@@ -20,9 +17,6 @@ namespace {
 
 constexpr unsigned long long kMaxLength = 24;
 constexpr unsigned long long kMaxExtent = 6;
-
-template <class A>
-using Elem = std::remove_pointer_t<decltype(std::declval<A&>().GetDataPtr())>;
 
 // An index inside, at or just past the end, or far beyond.
 unsigned long long AnyIndex(FuzzedDataProvider& in, unsigned long long length) {
@@ -148,7 +142,7 @@ struct Strings {
 // linear order, its Resize rows and columns, and assigning it to itself empties it.
 template <class A>
 struct Numeric {
-  using T = Elem<A>;
+  using T = std::remove_pointer_t<decltype(std::declval<A&>().GetDataPtr())>;
   static constexpr bool k2D = std::is_base_of_v<Zt::IMemory2D, A>;
   using Memory = std::conditional_t<k2D, Zt::IMemory2D, Zt::IMemory>;
   using Access = std::conditional_t<k2D, Zt::IMemory2DAccess, Zt::IMemoryAccess>;
@@ -157,40 +151,34 @@ struct Numeric {
   std::vector<T> elements;
   bool storage = false;
 
+  // New and Resize with the extents as the array takes them.
+  using Extent = unsigned long long;
+  static void New(Zt::IMemory& m, Extent, Extent c) { m.New(c); }
+  static void New(Zt::IMemory2D& m, Extent r, Extent c) { m.New(r, c); }
+  static void Resize(Zt::IMemory& m, Extent, Extent c) { m.Resize(c); }
+  static void Resize(Zt::IMemory2D& m, Extent r, Extent c) { m.Resize(r, c); }
+
   void SetDimensions(unsigned long long r, unsigned long long c) {
     rows = r;
     columns = c;
     elements.resize(r * c, T());
     storage = storage || r * c > 0;
   }
-  // Keeps each element at its row and column.
+  // Keeps each element at its row and column; from empty as asked, to empty in both extents.
   void ResizeModel(unsigned long long r, unsigned long long c) {
-    const bool wasEmpty = rows == 0 || columns == 0;
-    if (wasEmpty || r == 0 || c == 0) {  // from empty as asked; to empty in both extents
-      SetDimensions(wasEmpty ? r : 0, wasEmpty ? c : 0);
-      return;
-    }
+    if (rows * columns > 0 && r * c == 0) r = c = 0;
     std::vector<T> resized(r * c, T());
     for (unsigned long long y = 0; y < std::min(rows, r); ++y) {
       for (unsigned long long x = 0; x < std::min(columns, c); ++x)
         resized[y * c + x] = elements[y * columns + x];
     }
-    rows = r;
-    columns = c;
     elements = resized;
+    SetDimensions(r, c);
   }
 
   void Step(FuzzedDataProvider& in, Numeric& other) {
     const unsigned long long r = k2D ? in.ConsumeIntegralInRange(0ull, kMaxExtent) : 1;
     const unsigned long long c = in.ConsumeIntegralInRange(0ull, k2D ? kMaxExtent : kMaxLength);
-    // Calls `op` with the extents as the array takes them.
-    auto extents = [&](auto op) {
-      if constexpr (k2D) {
-        op(r, c);
-      } else {
-        op(c);
-      }
-    };
     Memory& memory = *array;  // as a caller unaware of the type
     const std::string context =
         std::to_string(sizeof(T)) + (k2D ? "-byte 2D array" : "-byte array");
@@ -210,12 +198,12 @@ struct Numeric {
         }
         break;
       case 1:
-        extents([&](auto... e) { memory.New(e...); });
+        New(memory, r, c);
         if (!k2D) elements.clear();  // the new extents over the old elements in their linear order
         SetDimensions(r, c);
         break;
       case 2:
-        extents([&](auto... e) { memory.Resize(e...); });
+        Resize(memory, r, c);
         ResizeModel(r, c);
         break;
       case 3: {
@@ -229,13 +217,11 @@ struct Numeric {
         memory.Reset();
         std::fill(elements.begin(), elements.end(), T());
         break;
-      case 5: {  // another array of the family, or this one
+      case 5:  // another array of the family, or this one
         memory.CopyFrom(other.array.get());
-        const std::vector<T> copied(other.elements);
+        elements = other.elements;
         SetDimensions(other.rows, other.columns);
-        elements = copied;
         break;
-      }
       case 6: {  // someone else's memory: only the width must agree
         const Foreign foreign(
             k2D ? in.PickValueInArray({4ull, 8ull}) : in.PickValueInArray({1ull, 2ull, 4ull, 8ull}),
@@ -328,16 +314,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   g_Copies = family >= 6 && in.ConsumeIntegralInRange(0, 7) == 0;
   std::optional<ZtTest::ZtExpectedLeak> replacedMatrices;
   if (g_Copies) replacedMatrices.emplace();
-  switch (family) {
-    case 0: ZtFuzz::Run<Numeric<Zt::CZtArrayDouble>>(in); break;
-    case 1: ZtFuzz::Run<Numeric<Zt::CZtArrayInt>>(in); break;
-    case 2: ZtFuzz::Run<Numeric<Zt::CZtArrayUChar>>(in); break;
-    case 3: ZtFuzz::Run<Numeric<Zt::CZtArrayUInt>>(in); break;
-    case 4: ZtFuzz::Run<Numeric<Zt::CZtArrayUShort>>(in); break;
-    case 5: ZtFuzz::Run<Strings>(in); break;
-    case 6: ZtFuzz::Run<Numeric<Zt::CZtArray2DDouble>>(in); break;
-    default: ZtFuzz::Run<Numeric<Zt::CZtArray2DInt>>(in); break;
-  }
+  void (*const runs[])(FuzzedDataProvider&) = {
+      Run<Numeric<Zt::CZtArrayDouble>>,   Run<Numeric<Zt::CZtArrayInt>>,
+      Run<Numeric<Zt::CZtArrayUChar>>,    Run<Numeric<Zt::CZtArrayUInt>>,
+      Run<Numeric<Zt::CZtArrayUShort>>,   Run<Strings>,
+      Run<Numeric<Zt::CZtArray2DDouble>>, Run<Numeric<Zt::CZtArray2DInt>>};
+  runs[family](in);
 #endif
   return 0;
 }

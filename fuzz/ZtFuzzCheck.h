@@ -1,8 +1,7 @@
 #ifndef ZT_FUZZ_CHECK_H
 #define ZT_FUZZ_CHECK_H
 
-// What the fuzz targets share: stopping at the first difference from a model, refusals, runs of
-// operations on objects beside their models, and random input.
+// What the fuzz targets share: model checks, refusals, runs of steps and random input.
 
 #include <fuzzer/FuzzedDataProvider.h>
 

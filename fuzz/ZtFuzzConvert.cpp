@@ -1,12 +1,6 @@
 // Pixel conversion of random formats (unknown ones too), sizes and samples against the reference,
 // through ConvertType and ConvertMemory, apart and in place: every `false` and every byte.
 
-#include <algorithm>
-#include <cstdint>
-#include <cstring>
-#include <string>
-#include <vector>
-
 #include "ZtConvertReference.h"
 #include "ZtConvertTesting.h"
 #include "ZtFuzzCheck.h"
@@ -214,11 +208,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FuzzedDataProvider in(data, size);
   const unsigned route = in.ConsumeIntegralInRange<unsigned>(0, 5);
   const bool images = route >= 2;
-  Format s{};
-  s.width = in.ConsumeIntegralInRange(0, kMaxSide);
-  s.height = in.ConsumeIntegralInRange(0, kMaxSide);
-  s.pixel = PickPixelType(in, images);
-  s.data = PickDataType(in, images);
+  const Format s{in.ConsumeIntegralInRange(0, kMaxSide), in.ConsumeIntegralInRange(0, kMaxSide),
+                 PickPixelType(in, images), PickDataType(in, images)};
   Format t = s;
   if (!in.ConsumeBool()) {  // now and then the very same types
     t.pixel = PickPixelType(in, false);

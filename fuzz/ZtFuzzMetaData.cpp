@@ -1,10 +1,8 @@
 // Random operations on two CZtMetaData stores beside models (names with kinds, single values):
 // reads must match, and refusals come where the model says and keep the caller's variable.
 
-#include <cstdint>
 #include <map>
 #include <memory>
-#include <string>
 #include <type_traits>
 
 #include "ZtCoreEx.h"
