@@ -29,9 +29,6 @@ public:
     std::filesystem::remove_all(m_Path, ignored);
   }
   std::string operator/(const std::string& name) const { return m_Path + "/" + name; }
-  bool Run(const std::string& command) const {  // a shell command inside; true on success
-    return std::system(("cd '" + m_Path + "' && " + command).c_str()) == 0;
-  }
 
   // Names in the directory, hidden ones (temporary files) included, sorted, joined by blanks.
   std::string Entries() const {
@@ -54,11 +51,6 @@ inline void WriteFile(const std::string& path, const std::string& bytes) {
 inline std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return std::string(std::istreambuf_iterator<char>(file), {});
-}
-
-inline testing::AssertionResult Has(const std::string& text, const std::string& part) {
-  if (text.find(part) != std::string::npos) return testing::AssertionSuccess();
-  return testing::AssertionFailure() << "'" << text << "' lacks '" << part << "'";
 }
 
 // The message of the E that `action` throws; anything else thrown fails the test.
@@ -84,11 +76,10 @@ inline std::string Samples(const Zt::CZtImage& image) {
     for (std::size_t i = 0; i < image.GetByteCount() / sizeof *samples; ++i)
       text << (i == 0 ? "" : " ") << std::setprecision(9) << +samples[i];
   };
-  const void* data = image.GetDataPtr();
   switch (image.GetFormat().DataType) {
-    case Zt::EDataType::UByte: put(static_cast<const unsigned char*>(data)); break;
-    case Zt::EDataType::UShort: put(static_cast<const unsigned short*>(data)); break;
-    default: put(static_cast<const float*>(data)); break;
+    case Zt::EDataType::UByte: put(static_cast<const unsigned char*>(image.GetDataPtr())); break;
+    case Zt::EDataType::UShort: put(static_cast<const unsigned short*>(image.GetDataPtr())); break;
+    default: put(static_cast<const float*>(image.GetDataPtr())); break;
   }
   return text.str();
 }
