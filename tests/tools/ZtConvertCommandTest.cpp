@@ -1,7 +1,5 @@
 // zt-convert's command line, and whole conversions run as the tool runs them.
 
-#include <gtest/gtest.h>
-
 #include "ZtConvertCommand.h"
 #include "ZtToolTestSupport.h"
 

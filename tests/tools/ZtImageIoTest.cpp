@@ -1,6 +1,5 @@
 // zt-convert's image files, read, written and replaced; failures name the file, leave nothing.
 
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <zlib.h>
@@ -84,9 +83,8 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
   CScratchDir dir;
   // An Adam7 picture (9x11: every pass holds pixels) where a misplaced pixel shows.
   const CZtImage adam7 = Scrambled({9, 11, EPixelType::RGB, EDataType::UByte});
-  // A leading '!' marks a part of the one-line error message after the file's name. Files named
-  // "exact" are written back byte for byte: big-endian integers, PFM little-endian and bottom-up,
-  // raw as in memory (every target is little-endian).
+  // '!' starts a part of the one-line message after the file's name. "exact" files are written
+  // back byte for byte: big-endian integers, PFM little-endian bottom-up, raw little-endian.
   const std::tuple<std::string, std::string, std::string> cases[] = {
       {"exact.pgm", "P5\n3 2\n255\n\1\2\3\4\5\6", "3x2, Lum, UByte: 1 2 3 4 5 6"},
       {"exact16.pgm", "P5\n2 1\n65535\n\1\2\xA0\xB0", "2x1, Lum, UShort: 258 41136"},
@@ -117,8 +115,7 @@ TEST(ZtImageIo, ReadsTheVariantsRealFilesHaveAndNamesEveryFault) {
        "9x2, Lum, UByte: 0 255 255 255 255 255 255 255 255 255 255 255 255 255 255 255 255 0"},
       // Content decides over the extension.
       {"named.png", "P5\n1 1\n255\n\7", "1x1, Lum, UByte: 7"},
-      // PNGs with what zt-convert's writer never makes: palettes, bit depths
-      // below 8, transparent grey, 16-bit samples in big-endian order.
+      // PNGs zt-convert never writes: palettes, depths below 8, grey tRNS, 16-bit big-endian.
       {"palette.png",
        MakePng(2, 2, 2, 3, "\x10\xB0",
                {"PLTE\xFF\0\0\0\xFF\0\0\0\xFF\xFF\xFF\xFF"s, "tRNS\xFF\x80\0"s}),
