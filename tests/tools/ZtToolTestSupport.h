@@ -18,7 +18,6 @@ namespace ZtTest {
 
 using namespace std::string_literals;
 
-// A fresh directory, removed with everything in it at the end of the test.
 class CScratchDir {
 public:
   CScratchDir() : m_Path(testing::TempDir() + "zt-tools-XXXXXX") {
@@ -65,8 +64,7 @@ std::string MessageOf(F action) {
 }
 
 inline std::string Bytes(const Zt::CZtImage& image) {
-  const auto* bytes = static_cast<const char*>(image.GetDataPtr());
-  return std::string(bytes, bytes + image.GetByteCount());
+  return std::string(static_cast<const char*>(image.GetDataPtr()), image.GetByteCount());
 }
 
 // The samples of a UByte, UShort or Float image as text ("0 128 255"), exact for every float.
