@@ -1,7 +1,5 @@
 // The threads example's row bands cover each row once; the example checks the bytes they give.
 
-#include <gtest/gtest.h>
-
 #include "ZtBandedConvert.h"
 #include "ZtToolTestSupport.h"
 
@@ -24,10 +22,9 @@ TEST(ZtBandedConvert, SplitRowsCoversEveryRowOnceAndConvertRefusesWhatTheLibrary
   CZtImage target(CZtImageFormat(4, 4, EPixelType::RGB, EDataType::Float));
   for (const auto& [to, accepted] : {std::pair{target.GetFormat(), true},
                                      {{4, 4, EPixelType::BayerRG, EDataType::UByte}, false},
-                                     {{4, 3, EPixelType::RGB, EDataType::Float}, false}}) {
+                                     {{4, 3, EPixelType::RGB, EDataType::Float}, false}})
     EXPECT_EQ(accepted, ZtThreads::ConvertInBands(target.GetDataPtr(), source.GetDataPtr(), to,
                                                   source.GetFormat(), 2));
-  }
 }
 
 }  // namespace

@@ -18,7 +18,6 @@ namespace ZtTest {
 
 using namespace std::string_literals;
 
-// A fresh directory, removed with everything in it at the end of the test.
 class CScratchDir {
 public:
   CScratchDir() : m_Path(testing::TempDir() + "zt-tools-XXXXXX") {
@@ -29,9 +28,6 @@ public:
     std::filesystem::remove_all(m_Path, ignored);
   }
   std::string operator/(const std::string& name) const { return m_Path + "/" + name; }
-  bool Run(const std::string& command) const {  // a shell command inside; true on success
-    return std::system(("cd '" + m_Path + "' && " + command).c_str()) == 0;
-  }
 
   // Names in the directory, hidden ones (temporary files) included, sorted, joined by blanks.
   std::string Entries() const {
@@ -56,11 +52,6 @@ inline std::string ReadFile(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-inline testing::AssertionResult Has(const std::string& text, const std::string& part) {
-  if (text.find(part) != std::string::npos) return testing::AssertionSuccess();
-  return testing::AssertionFailure() << "'" << text << "' lacks '" << part << "'";
-}
-
 // The message of the E that `action` throws; anything else thrown fails the test.
 template <class E, class F>
 std::string MessageOf(F action) {
@@ -73,8 +64,7 @@ std::string MessageOf(F action) {
 }
 
 inline std::string Bytes(const Zt::CZtImage& image) {
-  const auto* bytes = static_cast<const char*>(image.GetDataPtr());
-  return std::string(bytes, bytes + image.GetByteCount());
+  return std::string(static_cast<const char*>(image.GetDataPtr()), image.GetByteCount());
 }
 
 // The samples of a UByte, UShort or Float image as text ("0 128 255"), exact for every float.
@@ -84,11 +74,10 @@ inline std::string Samples(const Zt::CZtImage& image) {
     for (std::size_t i = 0; i < image.GetByteCount() / sizeof *samples; ++i)
       text << (i == 0 ? "" : " ") << std::setprecision(9) << +samples[i];
   };
-  const void* data = image.GetDataPtr();
   switch (image.GetFormat().DataType) {
-    case Zt::EDataType::UByte: put(static_cast<const unsigned char*>(data)); break;
-    case Zt::EDataType::UShort: put(static_cast<const unsigned short*>(data)); break;
-    default: put(static_cast<const float*>(data)); break;
+    case Zt::EDataType::UByte: put(static_cast<const unsigned char*>(image.GetDataPtr())); break;
+    case Zt::EDataType::UShort: put(static_cast<const unsigned short*>(image.GetDataPtr())); break;
+    default: put(static_cast<const float*>(image.GetDataPtr())); break;
   }
   return text.str();
 }

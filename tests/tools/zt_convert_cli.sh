@@ -55,7 +55,6 @@ rm -f noise.raw noise.png
 
 # The completion: offers <expected words> <words of the command line, the last one completed>.
 cd completion && touch a.png b.PGM c.txt d.raw || exit 1
-# shellcheck source=/dev/null
 source "$completion"
 offers() {
   local expected=$1 got && shift
