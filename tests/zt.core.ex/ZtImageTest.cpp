@@ -284,6 +284,33 @@ TEST(CZtImageMoniker, NullDataCreateFromAnImageCopiesAndDestroy) {
   EXPECT_TRUE(fresh.Destroy() && fresh.GetFormat() == kZero);  // zeroes even an unset format
 }
 
+// A view converts from and into memory like the image itself (RGBA UShort targets copy).
+TEST(CZtImageMoniker, ConvertsFromAndIntoMemoryLikeTheImageItself) {
+  const CZtImage source = Patterned(5, 3, EPixelType::RGBA, EDataType::UShort, 11);
+  CZtImageMoniker view;
+  view.Create(source);
+  const CZtImageFormat other(1, 1, EPixelType::BayerGB, EDataType::Byte);
+  for (EPixelType::ID p : kTargetPixelTypes) {
+    for (const auto& d : kDataTypes) {
+      SCOPED_TRACE(testing::Message() << p << " " << d.name);
+      CZtImage expected, fromView;
+      ASSERT_TRUE(source.ConvertType(expected, p, d.type));
+      EXPECT_TRUE(CZtImage::ConvertType(&fromView, &view, p, d.type, true));
+      // Without create, into views of a const image and of memory under a format that stays.
+      const CZtImage block(expected.GetFormat());
+      std::vector<unsigned char> memory(expected.GetByteCount());
+      CZtImageMoniker ofImage, ofMemory;
+      ofImage.Create(block);
+      ofMemory.Create(other, static_cast<const void*>(memory.data()));
+      EXPECT_TRUE(CZtImage::ConvertType(&ofImage, &view, p, d.type, false));
+      EXPECT_TRUE(CZtImage::ConvertType(&ofMemory, &source, p, d.type, false));
+      EXPECT_TRUE(ofMemory.GetFormat() == other && SameBytes(fromView, expected) &&
+                  SameBytes(block, expected));
+      EXPECT_EQ(std::memcmp(memory.data(), expected.GetDataPtr(), memory.size()), 0);
+    }
+  }
+}
+
 // The 80 pixel types, spelled out from the layout and sample tables; each alias names the same.
 template <template <class> class Alias, int C, int A, int R, int G, int B, int AI, int P>
 struct Layout {
