@@ -215,8 +215,7 @@ TEST(Arrays, CopyFromComparesElementWidthsNotTypes) {
   CZtArrayInt target;
   target.CopyFrom(&source);
   EXPECT_EQ(Dump(target), (Values{-1, -1}));
-  // Any memory of width 1 fills a byte array, a string among them.
-  CZtArrayUChar bytes(7);
+  CZtArrayUChar bytes(7);  // any memory of width 1 fills a byte array, a string among them
   bytes.CopyFrom(&static_cast<const IMemoryAccess&>(CZtString("abc")));
   EXPECT_EQ(Dump(bytes), (Values{'a', 'b', 'c'}));
   CZtArray2DDouble matrix(1, 2);  // a matrix refuses another element width, unchanged

@@ -66,7 +66,7 @@ TEST(CZtImage, EveryKnownPairHasItsSizesAndTextAndMakesAnImageThatAnswersFromIt)
       EXPECT_EQ(Text(f), std::string("7x3, ") + p.name + ", " + d.name);
       EXPECT_EQ(f.IsBayerPixelType(), std::string(p.name).rfind("Bayer", 0) == 0) << p.name;
       CZtImage image = Patterned(7, 3, p.type, d.type);
-      int w = 0, h = 0;
+      int w = 0, h = 0, ip = 0, id = 0;
       EPixelType::ID pt{};
       EDataType::ID dt{};
       image.GetSize(w, h), image.GetType(pt, dt);
@@ -77,7 +77,6 @@ TEST(CZtImage, EveryKnownPairHasItsSizesAndTextAndMakesAnImageThatAnswersFromIt)
                   !image.IsOfType(p.type, EDataType::ID(0)));
       CZtImageMoniker view;  // a view binds every format the same way
       ASSERT_TRUE(view.Create(7, 3, p.type, d.type, image.GetDataPtr()));
-      int ip = 0, id = 0;
       view.GetType(ip, id);  // the integer form, pixel type first
       EXPECT_TRUE(Bound(view) == Binding(image.GetDataPtr(), f) && ip == p.type && id == d.type &&
                   view.IsOfType(p.type, d.type));
@@ -154,8 +153,7 @@ TEST(CZtImage, RefusedCreateLeavesTheStateThatTheRefusalCallsFor) {
     EXPECT_TRUE(!view.IsValid() && view.GetFormat() == kZero);
     ExpectCreateRaises([&] { view.Create({w, h, AsPixelType(p), AsDataType(d)}, nullptr); });
   }
-  // A size below 1 on an Empty image leaves its leftover format alone.
-  CZtImage empty;
+  CZtImage empty;  // a size below 1 on an Empty image leaves its leftover format alone
   EXPECT_TRUE(!empty.Create(3, 3, EPixelType::RGB, AsDataType(0x1407)) && IsZeroFormat(empty));
   empty.Destroy();
   EXPECT_TRUE(!empty.Create(0, 3, EPixelType::RGB, EDataType::UByte) && IsZeroFormat(empty));
@@ -179,8 +177,7 @@ TEST(CZtImage, CopyingFormsCopyDeeplyAndRefuseInvalidSourcesWithoutChange) {
   EXPECT_FALSE(CZtImage(empty).IsValid());
   // A refused format leaves the format constructor's image Empty.
   EXPECT_FALSE(CZtImage(CZtImageFormat(4, 0, EPixelType::LumA, EDataType::Double)).IsValid());
-  // Copying from itself ends Empty: Destroy comes first.
-  CZtImage& alias = a;
+  CZtImage& alias = a;  // copying from itself ends Empty: Destroy comes first
   EXPECT_TRUE(&(a = alias) == &a && !a.IsValid() && IsZeroFormat(a));
   EXPECT_FALSE(b.Create(&b) || b.IsValid() || c.Create(c) || c.IsValid());
 }
@@ -212,12 +209,11 @@ TEST(CZtImage, SetCopiesIntoTheExistingBlockOnlyBetweenEqualFormats) {
   EXPECT_EQ(std::memcmp(cleared.GetDataPtr(), zeros.data(), zeros.size()), 0);
 }
 
-// Normalize answers true for every Lum Float image, stretched or left alone.
 Floats Normalized(Floats samples) {
   CZtImage image;
   EXPECT_TRUE(image.Create(static_cast<int>(samples.size()), 1, EPixelType::Lum, EDataType::Float,
                            samples.data()));
-  EXPECT_TRUE(image.Normalize());
+  EXPECT_TRUE(image.Normalize());  // for every Lum Float image, stretched or left alone
   const auto* out = static_cast<const float*>(image.GetDataPtr());
   return Floats(out, out + samples.size());
 }
@@ -254,8 +250,7 @@ TEST(CZtImageMoniker, NullDataCreateFromAnImageCopiesAndDestroy) {
     EXPECT_TRUE(!view->IsValid() && view->GetFormat() == format);
   }
   // Create from an image reads all first (from itself it stays bound); refusals keep the binding.
-  CZtImage image, copy;
-  ASSERT_TRUE(image.Create(3, 2, EPixelType::BGRA, EDataType::Float));
+  CZtImage image = Patterned(3, 2, EPixelType::BGRA, EDataType::Float), copy;
   const CZtImage empty;
   const CZtImageFormat old(1, 1, EPixelType::Lum, EDataType::Int);
   view.Create(old, memory);
