@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
-#include <limits>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -67,7 +66,7 @@ TEST(CZtImage, EveryKnownPairHasItsSizesAndTextAndMakesAnImageThatAnswersFromIt)
       EXPECT_EQ(Text(f), std::string("7x3, ") + p.name + ", " + d.name);
       EXPECT_EQ(f.IsBayerPixelType(), std::string(p.name).rfind("Bayer", 0) == 0) << p.name;
       CZtImage image = Patterned(7, 3, p.type, d.type);
-      int w = 0, h = 0;
+      int w = 0, h = 0, ip = 0, id = 0;
       EPixelType::ID pt{};
       EDataType::ID dt{};
       image.GetSize(w, h), image.GetType(pt, dt);
@@ -78,7 +77,6 @@ TEST(CZtImage, EveryKnownPairHasItsSizesAndTextAndMakesAnImageThatAnswersFromIt)
                   !image.IsOfType(p.type, EDataType::ID(0)));
       CZtImageMoniker view;  // a view binds every format the same way
       ASSERT_TRUE(view.Create(7, 3, p.type, d.type, image.GetDataPtr()));
-      int ip = 0, id = 0;
       view.GetType(ip, id);  // the integer form, pixel type first
       EXPECT_TRUE(Bound(view) == Binding(image.GetDataPtr(), f) && ip == p.type && id == d.type &&
                   view.IsOfType(p.type, d.type));
@@ -106,9 +104,8 @@ TEST(CZtImageFormat, SizesWrapModulo2To32AndResetComparisonAndUnknownTypes) {
     EXPECT_EQ(std::make_pair(f.GetPixelCount(), f.GetByteCount()), std::make_pair(pixels, bytes))
         << w << "x" << h;
   }
-  EXPECT_EQ(Text(CZtImageFormat(-1, 2, EPixelType::Lum, EDataType::UByte)), "-1x2, Lum, UByte");
+  EXPECT_EQ(Text(CZtImageFormat(-64, 480, EPixelType::Lum, EDataType::Int)), "-64x480, Lum, Int");
   CZtImageFormat f(640, 480, EPixelType::RGB, EDataType::UByte);
-  EXPECT_EQ(Text(f), "640x480, RGB, UByte");
   EXPECT_TRUE(f == CZtImageFormat(640, 480, EPixelType::RGB, EDataType::UByte) && !(f != f));
   // Each field on its own makes two formats unequal, even at equal byte counts.
   for (const CZtImageFormat& other : {CZtImageFormat{641, 480, EPixelType::RGB, EDataType::UByte},
@@ -156,8 +153,7 @@ TEST(CZtImage, RefusedCreateLeavesTheStateThatTheRefusalCallsFor) {
     EXPECT_TRUE(!view.IsValid() && view.GetFormat() == kZero);
     ExpectCreateRaises([&] { view.Create({w, h, AsPixelType(p), AsDataType(d)}, nullptr); });
   }
-  // A size below 1 on an Empty image leaves its leftover format alone.
-  CZtImage empty;
+  CZtImage empty;  // a size below 1 on an Empty image leaves its leftover format alone
   EXPECT_TRUE(!empty.Create(3, 3, EPixelType::RGB, AsDataType(0x1407)) && IsZeroFormat(empty));
   empty.Destroy();
   EXPECT_TRUE(!empty.Create(0, 3, EPixelType::RGB, EDataType::UByte) && IsZeroFormat(empty));
@@ -181,8 +177,7 @@ TEST(CZtImage, CopyingFormsCopyDeeplyAndRefuseInvalidSourcesWithoutChange) {
   EXPECT_FALSE(CZtImage(empty).IsValid());
   // A refused format leaves the format constructor's image Empty.
   EXPECT_FALSE(CZtImage(CZtImageFormat(4, 0, EPixelType::LumA, EDataType::Double)).IsValid());
-  // Copying from itself ends Empty: Destroy comes first.
-  CZtImage& alias = a;
+  CZtImage& alias = a;  // copying from itself ends Empty: Destroy comes first
   EXPECT_TRUE(&(a = alias) == &a && !a.IsValid() && IsZeroFormat(a));
   EXPECT_FALSE(b.Create(&b) || b.IsValid() || c.Create(c) || c.IsValid());
 }
@@ -214,12 +209,11 @@ TEST(CZtImage, SetCopiesIntoTheExistingBlockOnlyBetweenEqualFormats) {
   EXPECT_EQ(std::memcmp(cleared.GetDataPtr(), zeros.data(), zeros.size()), 0);
 }
 
-// Normalize answers true for every Lum Float image, stretched or left alone.
 Floats Normalized(Floats samples) {
   CZtImage image;
   EXPECT_TRUE(image.Create(static_cast<int>(samples.size()), 1, EPixelType::Lum, EDataType::Float,
                            samples.data()));
-  EXPECT_TRUE(image.Normalize());
+  EXPECT_TRUE(image.Normalize());  // for every Lum Float image, stretched or left alone
   const auto* out = static_cast<const float*>(image.GetDataPtr());
   return Floats(out, out + samples.size());
 }
@@ -236,7 +230,7 @@ TEST(CZtImage, NormalizeStretchesLumFloatInSinglePrecisionFromFixedExtremes) {
   EXPECT_EQ(Normalized({0.25f}), (Floats{0.25f}));
   EXPECT_EQ(Normalized({1e-10f, 2e-10f}), (Floats{1e-10f, 2e-10f}));
   // An infinite range is no range: inf > 1e-9, so samples divide by inf.
-  const auto withInf = Normalized({0.0f, std::numeric_limits<float>::infinity()});
+  const auto withInf = Normalized({0.0f, INFINITY});
   EXPECT_TRUE(withInf[0] == 0.0f && std::isnan(withInf[1]));
   EXPECT_FALSE(CZtImage().Normalize());
 }
@@ -244,7 +238,7 @@ TEST(CZtImage, NormalizeStretchesLumFloatInSinglePrecisionFromFixedExtremes) {
 TEST(CZtImageMoniker, NullDataCreateFromAnImageCopiesAndDestroy) {
   const unsigned char memory[12] = {};
   const CZtImageFormat format(2, 2, EPixelType::RGB, EDataType::UByte);
-  CZtImageMoniker a, c, d;
+  CZtImageMoniker a, c, d, view;
   EXPECT_TRUE(a.Create(2, 2, EPixelType::RGB, EDataType::UByte));
   c.Create(2, 2, int{EPixelType::RGB}, int{EDataType::UByte}, nullptr);  // no raise
   d.Create(format, nullptr);
@@ -256,11 +250,9 @@ TEST(CZtImageMoniker, NullDataCreateFromAnImageCopiesAndDestroy) {
     EXPECT_TRUE(!view->IsValid() && view->GetFormat() == format);
   }
   // Create from an image reads all first (from itself it stays bound); refusals keep the binding.
-  CZtImage image, copy;
-  ASSERT_TRUE(image.Create(3, 2, EPixelType::BGRA, EDataType::Float));
+  CZtImage image = Patterned(3, 2, EPixelType::BGRA, EDataType::Float), copy;
   const CZtImage empty;
   const CZtImageFormat old(1, 1, EPixelType::Lum, EDataType::Int);
-  CZtImageMoniker view;
   view.Create(old, memory);
   EXPECT_FALSE(view.Create(static_cast<const IImage*>(nullptr)) || view.Create(&empty));
   ExpectCreateRaises([&] { view.Create(empty); });
@@ -273,15 +265,41 @@ TEST(CZtImageMoniker, NullDataCreateFromAnImageCopiesAndDestroy) {
   // Copies share the memory and Destroy zeroes only the one view.
   unsigned char bytes[8] = {1, 2, 3, 4, 5, 6, 7, 8};
   const Binding bound(bytes, CZtImageFormat(2, 1, EPixelType::LumA, EDataType::UShort));
-  CZtImageMoniker fresh;
   view.Create(bound.second, bytes);
-  CZtImageMoniker copy2(view), assigned;
+  CZtImageMoniker copy2(view), assigned, fresh;
   assigned = view;
   EXPECT_TRUE(view.Destroy() && !view.IsValid() && view.GetFormat() == kZero && bytes[7] == 8);
   EXPECT_TRUE(Bound(copy2) == bound && Bound(assigned) == bound);
   assigned = view;  // an unbound view is assigned too, unlike an invalid CZtImage
   EXPECT_TRUE(!assigned.IsValid() && assigned.GetFormat() == kZero);
   EXPECT_TRUE(fresh.Destroy() && fresh.GetFormat() == kZero);  // zeroes even an unset format
+}
+
+// A view converts from and into memory like the image itself (RGBA UShort targets copy).
+TEST(CZtImageMoniker, ConvertsFromAndIntoMemoryLikeTheImageItself) {
+  const CZtImage source = Patterned(5, 3, EPixelType::RGBA, EDataType::UShort, 11);
+  CZtImageMoniker view;
+  view.Create(source);
+  const CZtImageFormat other(1, 1, EPixelType::BayerGB, EDataType::Byte);
+  for (EPixelType::ID p : kTargetPixelTypes) {
+    for (const auto& d : kDataTypes) {
+      SCOPED_TRACE(testing::Message() << p << " " << d.name);
+      CZtImage expected, fromView;
+      ASSERT_TRUE(source.ConvertType(expected, p, d.type));
+      EXPECT_TRUE(CZtImage::ConvertType(&fromView, &view, p, d.type, true));
+      // Without create, into views of a const image and of memory under a format that stays.
+      const CZtImage block(expected.GetFormat());
+      std::vector<unsigned char> memory(expected.GetByteCount());
+      CZtImageMoniker ofImage, ofMemory;
+      ofImage.Create(block);
+      ofMemory.Create(other, static_cast<const void*>(memory.data()));
+      EXPECT_TRUE(CZtImage::ConvertType(&ofImage, &view, p, d.type, false));
+      EXPECT_TRUE(CZtImage::ConvertType(&ofMemory, &source, p, d.type, false));
+      EXPECT_TRUE(ofMemory.GetFormat() == other && SameBytes(fromView, expected) &&
+                  SameBytes(block, expected));
+      EXPECT_EQ(std::memcmp(memory.data(), expected.GetDataPtr(), memory.size()), 0);
+    }
+  }
 }
 
 // The 80 pixel types, spelled out from the layout and sample tables; each alias names the same.
@@ -349,31 +367,30 @@ struct ImageOver : CZtImage {
 
 TEST(CZtImagePixel, EveryTypeMovesBitForBitAtWidthTimesYPlusXWrappedToSigned32Bits) {
   // Width, x, y, landing index: row ends, negative indices, an offset past 4 GiB (2^30 pixels).
-  const long long rows[][4] = {{5, 2, 1, 7},
-                               {5, 5, 0, 5},
-                               {5, 0, 1, 5},
-                               {7, -3, 0, -3},
-                               {4, 1, -2, -7},
-                               {65536, 5, 65536, 5},
-                               {65536, 65541, 65535, 5},
-                               {65536, 65533, 65535, -3},
-                               {65536, 7, -65536, 7},
-                               {65536, 0, 32768, -(1LL << 31)},
-                               {32768, 0, 32768, 1 << 30}};
+  const std::tuple<long long, int, int, long long> rows[] = {{5, 2, 1, 7},
+                                                             {5, 5, 0, 5},
+                                                             {5, 0, 1, 5},
+                                                             {7, -3, 0, -3},
+                                                             {4, 1, -2, -7},
+                                                             {65536, 5, 65536, 5},
+                                                             {65536, 65541, 65535, 5},
+                                                             {65536, 65533, 65535, -3},
+                                                             {65536, 7, -65536, 7},
+                                                             {65536, 0, 32768, -(1LL << 31)},
+                                                             {32768, 0, 32768, 1 << 30}};
   ForEachPixelType([&](auto type) {
     using Pixel = decltype(type);
     const long long size = sizeof(Pixel);
-    for (const auto& row : rows) {
-      const int x = static_cast<int>(row[1]), y = static_cast<int>(row[2]);
+    for (const auto& [width, x, y, index] : rows) {
       SCOPED_TRACE(testing::Message() << typeid(Pixel).name() << " at " << x << "," << y);
       std::vector<unsigned char> buffer(static_cast<std::size_t>(16 * size));
       for (std::size_t i = 0; i < buffer.size(); ++i)
         buffer[i] = static_cast<unsigned char>(i * 5 + 1);
       // The image's pointer lies so that the pixel lands at buffer index 8 + near.
-      const long long near = (row[3] < -8 || row[3] > 7) ? 0 : row[3];
+      const long long near = (index < -8 || index > 7) ? 0 : index;
       ImageOver image(reinterpret_cast<std::uintptr_t>(buffer.data()) +
-                          static_cast<std::uintptr_t>((8 + near - row[3]) * size),
-                      row[0]);
+                          static_cast<std::uintptr_t>((8 + near - index) * size),
+                      width);
       std::vector<unsigned char> expected = buffer;
       const Pixel written = PatternedPixel<Pixel>(static_cast<std::size_t>(x & 3));
       std::memcpy(expected.data() + (8 + near) * size, &written, sizeof(Pixel));
