@@ -125,8 +125,7 @@ TYPED_TEST(SafePtr, CountsEveryReferenceAndReleasesOnlyTheStorageWithTheLast) {
     const char* outer = member[0] == 'R' ? "Error registering" : "Error deregistering";
     ExpectRaise(op, {{outer, function, file}, {inner, function, file}});
   };
-  TypeParam* a = NewShared(none, &script);
-  TypeParam* b = NewShared(none, &script);
+  TypeParam *a = NewShared(none, &script), *b = NewShared(none, &script);
   Ptr onA(a, &repository);
   {
     Ptr onB(b, &repository), copy(onB), assigned;
@@ -250,11 +249,10 @@ TYPED_TEST(ParMapValue, ChecksStoresNotifiesAndUndoesRefusedWrites) {
   // External parameters only tell their handler, if any.
   this->Add("with", kind, false, true).external = true;
   this->Add("without", kind).external = true;
-  for (const char* key : {"with", "without"}) {
+  for (const char* key : {"with", "without"})
     EXPECT_TRUE(!map.WriteParameter(key, fresh) && !map.ReadParameter(key, value) && value == old &&
                 stored(key) == TypeParam{})
         << key;
-  }
   // Nothing to restore on the external path, and reads have no wrapper.
   script.refuseWrite = true;
   EXPECT_EQ(Raised([&] { map.WriteParameter("with", fresh); }),
@@ -470,6 +468,19 @@ TEST(CZtMetaData, ArraysWithoutImplementationDifferByFamily) {
   invalid.Delete();
   store.AddElement("s", "", invalid);
   EXPECT_TRUE(store.HasElement("u") && store.HasElement("s"));
+}
+
+// The records start from their defaults (their copies are the members', tested with them).
+TEST(CalibrationRecords, StartFromTheirDefaults) {
+  const CZtMetricCalibResult r;
+  EXPECT_EQ((std::vector<double>{r.m_Value1, r.m_Value2, r.m_Value3, r.m_Value4, r.m_Value5}),
+            std::vector<double>(5, 0.0));
+  const CZtMetricCalibAddImageResult a;
+  EXPECT_EQ(std::make_tuple(a.m_iValue1, a.m_iValue2, a.m_iValue3, a.m_bValue4,
+                            std::string(a.m_sMessage.ToCString())),
+            std::make_tuple(-1, 0, 0, false, std::string("No object added to metric calibration")));
+  EXPECT_TRUE(a.m_aValues1.IsValid() && a.m_aValues2.IsValid() && a.m_aTexts.IsValid());
+  EXPECT_EQ(a.m_aValues1.Length() + a.m_aValues2.Length() + a.m_aTexts.Length(), 0u);
 }
 
 }  // namespace
