@@ -170,6 +170,7 @@ TYPED_TEST(SafePtr, CountsEveryReferenceAndReleasesOnlyTheStorageWithTheLast) {
 std::string Mismatch(const std::string& expected, const std::string& given) {
   return "Wrong type for parameter; Expected type '" + expected + "' differs from '" + given + "'";
 }
+const char* const kWrongType = "Zt.ParInvalidTypeException";
 const Chain::value_type kWriteHead{"Zt.Exception", "Error writing parameter"};
 const Chain::value_type kWriteDenied{"Zt.ParAccessWriteException", "Parameter write access denied"};
 const Chain::value_type kReadDenied{"Zt.ParAccessReadException", "Parameter read access denied"};
@@ -271,13 +272,12 @@ TEST_F(ParMapFixture, ChecksNameThenAccessThenKindThenConstraint) {
   m_Script.accept = false;
   Add("read only", ParStringArray, true).writable = false;
   Add("write only", ParInt, true).readable = false;
-  const std::string type = "Zt.ParInvalidTypeException";
   const struct {
     const char* key;
     Chain write, read;
   } cases[] = {
-      {"read only", {kWriteHead, kWriteDenied}, {{type, Mismatch("string[]", "unsigned")}}},
-      {"write only", {kWriteHead, {type, Mismatch("int", "unsigned")}}, {kReadDenied}},
+      {"read only", {kWriteHead, kWriteDenied}, {{kWrongType, Mismatch("string[]", "unsigned")}}},
+      {"write only", {kWriteHead, {kWrongType, Mismatch("int", "unsigned")}}, {kReadDenied}},
       {"unknown", {kWriteHead, kUnknownName}, {kUnknownName}}};
   for (const auto& c : cases) {
     unsigned int value = 5u;
@@ -286,11 +286,8 @@ TEST_F(ParMapFixture, ChecksNameThenAccessThenKindThenConstraint) {
     EXPECT_EQ(value, 5u) << c.key;
   }
   EXPECT_TRUE(!m_Map.HasParameter("unknown") && m_Script.calls.empty()) << "no entry, no call";
-}
-
-TEST(ParMapKinds, HaveTheirTextsAndEveryOtherValueIsUnknown) {
-  std::string names;
-  for (int kind : {0, 5, 9, -1, 0x7fffffff})  // failures' messages name the other kinds
+  std::string names;  // of the kinds no failure above names, and of values that are no kind
+  for (int kind : {0, 5, 9, -1, 0x7fffffff})
     names += std::string(GetParTypeName(static_cast<EParType>(kind)).ToCString()) + " ";
   EXPECT_EQ(names, "none int[] unknown unknown unknown ");
 }
@@ -324,8 +321,7 @@ TEST_F(ParMapFixture, AssignmentSharesTheObjectsAndClearReleasesThem) {
   EXPECT_EQ(m_Constraints.GetObjectCount() + m_Events.GetObjectCount(), 0u);
   Add("shared", ParDouble);
   double value = 1.0;
-  EXPECT_TRUE(m_Map.ReadParameter("shared", value));
-  EXPECT_EQ(value, 0.0) << "the value went with the entry";
+  EXPECT_TRUE(m_Map.ReadParameter("shared", value) && value == 0.0) << "the value left with it";
 
   ExpectRaise([&] { m_Map.Init(); },
               {{"parameter map already initialized", kMapClass + "Init", kMapFile}});
@@ -342,9 +338,6 @@ Link Store(const char* op, const std::string& message) {
 }
 Link Map(const char* op, const std::string& message, const char* name = "") {
   return {message, kMapClass + op, kMapFile, false, name};
-}
-Link WrongType(const char* op, const std::string& expected, const std::string& given) {
-  return Map(op, Mismatch(expected, given), "Zt.ParInvalidTypeException");
 }
 const Link kWriting = Map("WriteParameter", "Error writing parameter");
 
@@ -395,10 +388,10 @@ TEST(CZtMetaData, EachFormReachesTheElementsOfItsKindOnly) {
       if (std::string(a.recorded) != b.demanded) {
         ExpectRaise([&] { store.GetElement("x", value); },
                     {Store("GetElement", "Error getting element 'x'"),
-                     WrongType("ReadParameter", a.recorded, b.demanded)});
+                     Map("ReadParameter", Mismatch(a.recorded, b.demanded), kWrongType)});
         ExpectRaise([&] { store.SetElement("x", b.first); },
                     {Store("SetElement", "Error setting element 'x'"), kWriting,
-                     WrongType("WriteParameter", a.recorded, b.demanded)});
+                     Map("WriteParameter", Mismatch(a.recorded, b.demanded), kWrongType)});
         EXPECT_EQ(Values(value), Values(b.second)) << "out argument changed";
       } else {
         store.GetElement("x", value);
