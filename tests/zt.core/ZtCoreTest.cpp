@@ -26,7 +26,6 @@ public:
     SetName("Zt.TestException");
     SetGUID(Guid);
   }
-  CTestException(CTestException& other) : CZtException(other) {}
   CIException* Clone() const override {
     return new CTestException(const_cast<CTestException&>(*this));
   }
