@@ -125,8 +125,7 @@ TYPED_TEST(SafePtr, CountsEveryReferenceAndReleasesOnlyTheStorageWithTheLast) {
     const char* outer = member[0] == 'R' ? "Error registering" : "Error deregistering";
     ExpectRaise(op, {{outer, function, file}, {inner, function, file}});
   };
-  TypeParam* a = NewShared(none, &script);
-  TypeParam* b = NewShared(none, &script);
+  TypeParam *a = NewShared(none, &script), *b = NewShared(none, &script);
   Ptr onA(a, &repository);
   {
     Ptr onB(b, &repository), copy(onB), assigned;
@@ -158,10 +157,9 @@ TYPED_TEST(SafePtr, CountsEveryReferenceAndReleasesOnlyTheStorageWithTheLast) {
   alignas(Ptr) unsigned char storage[sizeof(Ptr)];
   Ptr* orphan = new (storage) Ptr(NewShared(none, &script), &repository);
   repository.DeRegister(orphan);
-  EXPECT_EQ(repository.GetObjectCount(), 1u);
   expectFailure([&] { orphan->~Ptr(); }, "DeRegister",
                 "Nullptr --> Can not find reference in repository");
-  EXPECT_EQ(repository.GetReferenceCount(b), 1u);
+  EXPECT_TRUE(repository.GetObjectCount() == 1u && repository.GetReferenceCount(b) == 1u);
 
   onA = Ptr();
   EXPECT_EQ(repository.GetObjectCount() + repository.GetReferenceCount(b), 0u) << "b unknown now";
@@ -171,6 +169,7 @@ TYPED_TEST(SafePtr, CountsEveryReferenceAndReleasesOnlyTheStorageWithTheLast) {
 std::string Mismatch(const std::string& expected, const std::string& given) {
   return "Wrong type for parameter; Expected type '" + expected + "' differs from '" + given + "'";
 }
+const char* const kWrongType = "Zt.ParInvalidTypeException";
 const Chain::value_type kWriteHead{"Zt.Exception", "Error writing parameter"};
 const Chain::value_type kWriteDenied{"Zt.ParAccessWriteException", "Parameter write access denied"};
 const Chain::value_type kReadDenied{"Zt.ParAccessReadException", "Parameter read access denied"};
@@ -250,11 +249,10 @@ TYPED_TEST(ParMapValue, ChecksStoresNotifiesAndUndoesRefusedWrites) {
   // External parameters only tell their handler, if any.
   this->Add("with", kind, false, true).external = true;
   this->Add("without", kind).external = true;
-  for (const char* key : {"with", "without"}) {
+  for (const char* key : {"with", "without"})
     EXPECT_TRUE(!map.WriteParameter(key, fresh) && !map.ReadParameter(key, value) && value == old &&
                 stored(key) == TypeParam{})
         << key;
-  }
   // Nothing to restore on the external path, and reads have no wrapper.
   script.refuseWrite = true;
   EXPECT_EQ(Raised([&] { map.WriteParameter("with", fresh); }),
@@ -273,13 +271,12 @@ TEST_F(ParMapFixture, ChecksNameThenAccessThenKindThenConstraint) {
   m_Script.accept = false;
   Add("read only", ParStringArray, true).writable = false;
   Add("write only", ParInt, true).readable = false;
-  const std::string type = "Zt.ParInvalidTypeException";
   const struct {
     const char* key;
     Chain write, read;
   } cases[] = {
-      {"read only", {kWriteHead, kWriteDenied}, {{type, Mismatch("string[]", "unsigned")}}},
-      {"write only", {kWriteHead, {type, Mismatch("int", "unsigned")}}, {kReadDenied}},
+      {"read only", {kWriteHead, kWriteDenied}, {{kWrongType, Mismatch("string[]", "unsigned")}}},
+      {"write only", {kWriteHead, {kWrongType, Mismatch("int", "unsigned")}}, {kReadDenied}},
       {"unknown", {kWriteHead, kUnknownName}, {kUnknownName}}};
   for (const auto& c : cases) {
     unsigned int value = 5u;
@@ -288,11 +285,8 @@ TEST_F(ParMapFixture, ChecksNameThenAccessThenKindThenConstraint) {
     EXPECT_EQ(value, 5u) << c.key;
   }
   EXPECT_TRUE(!m_Map.HasParameter("unknown") && m_Script.calls.empty()) << "no entry, no call";
-}
-
-TEST(ParMapKinds, HaveTheirTextsAndEveryOtherValueIsUnknown) {
-  std::string names;
-  for (int kind : {0, 5, 9, -1, 0x7fffffff})  // failures' messages name the other kinds
+  std::string names;  // of the kinds no failure above names, and of values that are no kind
+  for (int kind : {0, 5, 9, -1, 0x7fffffff})
     names += std::string(GetParTypeName(static_cast<EParType>(kind)).ToCString()) + " ";
   EXPECT_EQ(names, "none int[] unknown unknown unknown ");
 }
@@ -314,8 +308,7 @@ TEST_F(ParMapFixture, AssignmentSharesTheObjectsAndClearReleasesThem) {
     Add("gone", ParDouble, true, false, &copy);
     EXPECT_EQ(m_Constraints.GetObjectCount(), 2u);
     copy = m_Map;
-    EXPECT_FALSE(copy.HasParameter("gone"));
-    EXPECT_EQ(m_Constraints.GetObjectCount(), 1u);
+    EXPECT_TRUE(!copy.HasParameter("gone") && m_Constraints.GetObjectCount() == 1u);
     EXPECT_EQ(m_Constraints.GetReferenceCount(constraint), 2u);
     EXPECT_EQ(m_Events.GetReferenceCount(shared.event.Get()), 2u);
     EXPECT_EQ(copy.GetDirectory()["shared"].description, "description of shared");
@@ -326,8 +319,7 @@ TEST_F(ParMapFixture, AssignmentSharesTheObjectsAndClearReleasesThem) {
   EXPECT_EQ(m_Constraints.GetObjectCount() + m_Events.GetObjectCount(), 0u);
   Add("shared", ParDouble);
   double value = 1.0;
-  EXPECT_TRUE(m_Map.ReadParameter("shared", value));
-  EXPECT_EQ(value, 0.0) << "the value went with the entry";
+  EXPECT_TRUE(m_Map.ReadParameter("shared", value) && value == 0.0) << "the value left with it";
 
   ExpectRaise([&] { m_Map.Init(); },
               {{"parameter map already initialized", kMapClass + "Init", kMapFile}});
@@ -344,9 +336,6 @@ Link Store(const char* op, const std::string& message) {
 }
 Link Map(const char* op, const std::string& message, const char* name = "") {
   return {message, kMapClass + op, kMapFile, false, name};
-}
-Link WrongType(const char* op, const std::string& expected, const std::string& given) {
-  return Map(op, Mismatch(expected, given), "Zt.ParInvalidTypeException");
 }
 const Link kWriting = Map("WriteParameter", "Error writing parameter");
 
@@ -397,10 +386,10 @@ TEST(CZtMetaData, EachFormReachesTheElementsOfItsKindOnly) {
       if (std::string(a.recorded) != b.demanded) {
         ExpectRaise([&] { store.GetElement("x", value); },
                     {Store("GetElement", "Error getting element 'x'"),
-                     WrongType("ReadParameter", a.recorded, b.demanded)});
+                     Map("ReadParameter", Mismatch(a.recorded, b.demanded), kWrongType)});
         ExpectRaise([&] { store.SetElement("x", b.first); },
                     {Store("SetElement", "Error setting element 'x'"), kWriting,
-                     WrongType("WriteParameter", a.recorded, b.demanded)});
+                     Map("WriteParameter", Mismatch(a.recorded, b.demanded), kWrongType)});
         EXPECT_EQ(Values(value), Values(b.second)) << "out argument changed";
       } else {
         store.GetElement("x", value);
@@ -470,6 +459,19 @@ TEST(CZtMetaData, ArraysWithoutImplementationDifferByFamily) {
   invalid.Delete();
   store.AddElement("s", "", invalid);
   EXPECT_TRUE(store.HasElement("u") && store.HasElement("s"));
+}
+
+// The records start from their defaults (their copies are the members', tested with them).
+TEST(CalibrationRecords, StartFromTheirDefaults) {
+  const CZtMetricCalibResult r;
+  EXPECT_EQ((std::vector<double>{r.m_Value1, r.m_Value2, r.m_Value3, r.m_Value4, r.m_Value5}),
+            std::vector<double>(5, 0.0));
+  const CZtMetricCalibAddImageResult a;
+  EXPECT_EQ(std::make_tuple(a.m_iValue1, a.m_iValue2, a.m_iValue3, a.m_bValue4,
+                            std::string(a.m_sMessage.ToCString())),
+            std::make_tuple(-1, 0, 0, false, std::string("No object added to metric calibration")));
+  EXPECT_TRUE(a.m_aValues1.IsValid() && a.m_aValues2.IsValid() && a.m_aTexts.IsValid());
+  EXPECT_EQ(a.m_aValues1.Length() + a.m_aValues2.Length() + a.m_aTexts.Length(), 0u);
 }
 
 }  // namespace

