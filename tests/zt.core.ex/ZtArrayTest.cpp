@@ -284,6 +284,10 @@ TEST(TwoDimensionalArrays, NewKeepsLinearPlacesResizeKeepsRowAndColumn) {
     EXPECT_EQ(Dump(m), expected) << fromRows << "x" << fromColumns << " to " << rows << "x"
                                  << columns;
   }
+  CZtArray2DInt emptied = Counting<Int2DFamily>(2, 2);  // keeps no element for a later growth
+  emptied.Resize(0, 5);
+  emptied.Resize(1, 2);
+  EXPECT_EQ(Dump(emptied), (Values{1, 2, 0, 0}));
 }
 
 // The elements, each in brackets: "" has none, "[]" one empty element.

@@ -43,6 +43,15 @@ bool SameBytes(const CZtImage& a, const CZtImage& b) {
          std::memcmp(a.GetDataPtr(), b.GetDataPtr(), a.GetByteCount()) == 0;
 }
 
+// An image of any format over the test's memory at any address, null included.
+struct ImageOver : CZtImage {
+  ImageOver(std::uintptr_t origin, const CZtImageFormat& format) {
+    m_pData = reinterpret_cast<void*>(origin);
+    m_Format = format;
+  }
+  ~ImageOver() override { m_pData = nullptr; }  // not ours to free
+};
+
 const CZtImageFormat kZero(0, 0, AsPixelType(0), AsDataType(0));
 bool IsZeroFormat(const CZtImage& image) { return image.GetFormat() == kZero; }
 
@@ -80,6 +89,8 @@ TEST(CZtImage, EveryKnownPairHasItsSizesAndTextAndMakesAnImageThatAnswersFromIt)
       view.GetType(ip, id);  // the integer form, pixel type first
       EXPECT_TRUE(Bound(view) == Binding(image.GetDataPtr(), f) && ip == p.type && id == d.type &&
                   view.IsOfType(p.type, d.type));
+      EXPECT_EQ(std::make_tuple(view.GetBytesPerPixel(), view.GetPixelCount(), view.GetByteCount()),
+                std::make_tuple(bytes, 21u, byteCount));
       // Normalize takes Lum Float only and refuses every other format unchanged.
       const CZtImage before(image);
       const bool lumFloat = p.type == EPixelType::Lum && d.type == EDataType::Float;
@@ -195,6 +206,8 @@ TEST(CZtImage, SetCopiesIntoTheExistingBlockOnlyBetweenEqualFormats) {
     const CZtImage before(t);
     EXPECT_TRUE(!t.Set(other) && SameBytes(t, before));
   }
+  ImageOver hollow(0, source.GetFormat());  // a format without memory refuses on either side
+  EXPECT_FALSE(hollow.Set(source) || target.Set(hollow));
   // Set(data) copies into a valid image and still answers false.
   CZtImage raw = Patterned(3, 3, EPixelType::RGB, EDataType::Short, 1);
   EXPECT_TRUE(!raw.Set(source.GetDataPtr()) && SameBytes(raw, source));
@@ -210,12 +223,13 @@ TEST(CZtImage, SetCopiesIntoTheExistingBlockOnlyBetweenEqualFormats) {
 }
 
 Floats Normalized(Floats samples) {
-  CZtImage image;
-  EXPECT_TRUE(image.Create(static_cast<int>(samples.size()), 1, EPixelType::Lum, EDataType::Float,
-                           samples.data()));
+  const int count = static_cast<int>(samples.size());
+  samples.push_back(-7.0f);  // past the image: stays
+  ImageOver image(reinterpret_cast<std::uintptr_t>(samples.data()),
+                  {count, 1, EPixelType::Lum, EDataType::Float});
   EXPECT_TRUE(image.Normalize());  // for every Lum Float image, stretched or left alone
-  const auto* out = static_cast<const float*>(image.GetDataPtr());
-  return Floats(out, out + samples.size());
+  EXPECT_EQ(samples.back(), -7.0f);
+  return Floats(samples.begin(), samples.begin() + count);
 }
 
 TEST(CZtImage, NormalizeStretchesLumFloatInSinglePrecisionFromFixedExtremes) {
@@ -356,15 +370,6 @@ Pixel PatternedPixel(std::size_t rotation) {
   return pixel;
 }
 
-// An image over the test's memory, set up as far as pixel access reads, at any offset.
-struct ImageOver : CZtImage {
-  ImageOver(std::uintptr_t origin, long long width) {
-    m_pData = reinterpret_cast<void*>(origin);
-    m_Format.Width = static_cast<int>(width);
-  }
-  ~ImageOver() override { m_pData = nullptr; }  // not ours to free
-};
-
 TEST(CZtImagePixel, EveryTypeMovesBitForBitAtWidthTimesYPlusXWrappedToSigned32Bits) {
   // Width, x, y, landing index: row ends, negative indices, an offset past 4 GiB (2^30 pixels).
   const std::tuple<long long, int, int, long long> rows[] = {{5, 2, 1, 7},
@@ -390,7 +395,7 @@ TEST(CZtImagePixel, EveryTypeMovesBitForBitAtWidthTimesYPlusXWrappedToSigned32Bi
       const long long near = (index < -8 || index > 7) ? 0 : index;
       ImageOver image(reinterpret_cast<std::uintptr_t>(buffer.data()) +
                           static_cast<std::uintptr_t>((8 + near - index) * size),
-                      width);
+                      {static_cast<int>(width), 1, EPixelType::Lum, EDataType::UByte});
       std::vector<unsigned char> expected = buffer;
       const Pixel written = PatternedPixel<Pixel>(static_cast<std::size_t>(x & 3));
       std::memcpy(expected.data() + (8 + near) * size, &written, sizeof(Pixel));

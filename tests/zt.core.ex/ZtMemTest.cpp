@@ -108,9 +108,18 @@ TEST_F(CZtMemObjTest, ObjectsKeepTheirAddressesAndDieFromTheTopAndThePointersSta
   m.Resize(0);
   EXPECT_EQ(StateOf(m.Memory()), (State{0, 12, 2, 0}));
   m.Prune();
+  EXPECT_TRUE(m.IsUnreserved());
   m.Reserve(2);
   m.Prune();
   EXPECT_TRUE(!m.IsUnreserved() && StateOf(m.Memory()) == (State{0, 12, 2, 0}));
+  // Reserve grows the pointer block, and wraps the block's failure.
+  m.Reserve(20);
+  EXPECT_EQ(StateOf(m.Memory()), (State{0, 20, 3, 0}));
+  ExpectRaiseWhenFailing(
+      AllocKind::Realloc, 1, [&] { m.Reserve(40); },
+      {{"Error reserving memory for object ", "Zt::CZtMemObj<struct Probe>::Reserve", kMemObj},
+       {"Error reserving memory ", "Zt::CZtMemBase::Reserve", "ZtMemBase"},
+       {"realloc failed", "Zt::CZtMemBase::Alloc", "ZtMemBase"}});
 }
 
 // Of three new objects the second fails: the new length and old count stay; names are generic.

@@ -108,11 +108,10 @@ TEST(CGuid, ParsesTheBracedTextOfEitherCaseAndComparesEveryDigit) {
   fields.insert(fields.end(), guid.Data4, guid.Data4 + 8);
   EXPECT_EQ(fields, (std::vector<unsigned>{0x1B00, 0x4CDB, 0xAF, 0xC3, 0x53, 0xC9, 0x15, 0x39, 0xD6,
                                            0xF9}));
-  EXPECT_EQ(CGuid("{944d12c7-608c-4509-9755-66a898b5432c}"),
-            CGuid("{944D12C7-608C-4509-9755-66A898B5432C}"));
-  // Every digit takes part in the comparison; malformed text gives the zero GUID.
+  // Every digit and brace takes part in the comparison; malformed text gives the zero GUID.
   const std::string braced = "{2C95F24C-6098-4354-A291-A8A3C0D0EFAE}";
-  for (std::size_t i = 1; i < 37; ++i) {
+  EXPECT_EQ(CGuid("{2c95f24c-6098-4354-a291-a8a3c0d0efae}"), CGuid(braced.c_str()));
+  for (std::size_t i = 0; i < 38; ++i) {
     std::string changed = braced;
     changed[i] = braced[i] == '0' ? '1' : '0';
     const CGuid base(braced.c_str()), other(changed.c_str());
@@ -145,7 +144,8 @@ TEST(CZtString, CopiesAssignsAppendsAndConcatenatesByValue) {
 
   const CZtString a("left"), b("right");
   EXPECT_EQ(S(a + b) + "|" + S(a + "; " + b) + "|" + S(a), "leftright|left; right|left");
-  EXPECT_TRUE(a + b == "leftright" && a != b);
+  EXPECT_TRUE(a + b == "leftright" && "left" == a && a != b && CZtString() == nullptr);
+  EXPECT_FALSE(a == "lef" || a != "left" || a != CZtString("left") || a == nullptr);
   // Always a valid block (width, length and bytes: the byte array's CopyFrom test).
   EXPECT_TRUE(static_cast<const Zt::IMemoryAccess&>(CZtString("four")).IsValid());
   delete static_cast<Zt::IMemoryAccess*>(new CZtString("x"));  // a virtual destructor
