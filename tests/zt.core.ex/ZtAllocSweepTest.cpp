@@ -248,15 +248,12 @@ Outcome MakingStrings(Links head, unsigned long long n, AllocKind kind, unsigned
   const Link alloc{kind == AllocKind::Malloc ? "malloc failed" : "realloc failed",
                    "Zt::CZtMemBase::Alloc", kMemBase};
   const Link creating{"Error creating memory object", "Zt::CZtMemBase::CZtMemBase", kMemBase};
-  if (kind == AllocKind::Malloc) {
-    head.insert(head.end(), {creating, kMemResize, alloc});
-  } else if (kind == AllocKind::Realloc) {
-    head.insert(head.end(), {sizing, kMemResize, alloc});
-  } else if (k == 1) {
+  if (kind != AllocKind::New)
+    head.insert(head.end(), {kind == AllocKind::Malloc ? creating : sizing, kMemResize, alloc});
+  else if (k == 1)
     head.push_back({kWhat, "Zt::CZtArrayString::New", kStringArray, true});
-  } else {
+  else
     head.insert(head.end(), {sizing, {kWhat, objects + "InitElements", kMemObj}});
-  }
   return Raise(head, kind == AllocKind::New && k > 1 ? static_cast<long long>(k - 2) : 0);
 }
 
@@ -279,17 +276,13 @@ const char* const kLong2 = "another text that needs a block too";
 // Two long texts copied: the block is made anew, then each text's copy fails as std::bad_alloc.
 const Failing kCopyingLongTexts = Making({kCopying}, 2, 1, -2);
 
-CZtArrayString Texts(std::vector<const char*> texts) {
-  CZtArrayString array(texts.size());
-  for (std::size_t i = 0; i < texts.size(); ++i) array[i] = texts[i];
-  return array;
-}
+// The texts between commas.
+CZtArrayString Texts(const CZtString& texts) { return {texts, ','}; }
 
 TEST(AllocationSweep, StringArrays) {
   const auto two = [] { return CZtArrayString(2); };
-  const CZtArrayString ab = Texts({"a", "b"}), af = Texts({"a", "b", "c", "d", "e", "f"});
-  const CZtArrayString longTexts = Texts({kLong1, kLong2});
   const CZtString fields("a,b,,c"), longFields = CZtString(kLong1) + "," + kLong2;
+  const CZtArrayString ab = Texts("a,b"), af = Texts("a,b,c,d,e,f"), longTexts = Texts(longFields);
   using S = CZtArrayString;
   Sweep({
       {"default constructor", Just([] { S a; }), Making({}, 0)},
@@ -299,7 +292,7 @@ TEST(AllocationSweep, StringArrays) {
       // The block grows in place; a failure while its strings are made leaves the new length.
       {"Resize",
        [](Attempt& at) {
-         S array = Texts({"x", "y", "z"});
+         S array = Texts("x,y,z");
          const CZtString* kept = &array[2];
          at([&] { array.Resize(9); });
          EXPECT_EQ(array.Length(), at.fired && at.kind == AllocKind::Realloc ? 3u : 9u);
@@ -546,12 +539,12 @@ TEST(AllocationSweep, MetaData) {
     store.AddElement("u", "", 1u);
     store.AddElement("d", "", 2.5);
     store.AddElement("s", "", text);
-    store.AddElement(name, text, Texts({kLong1, kLong2}));
+    store.AddElement(name, text, Texts(CZtString(kLong1) + "," + kLong2));
     return store;
   };
   const Zt::CZtArrayUInt numbers(3, 7u);
   const Zt::CZtArrayDouble reals(3, 0.5);
-  const CZtArrayString texts = Texts({kLong1, kLong2, "c"});
+  const CZtArrayString texts = Texts(CZtString(kLong1) + "," + kLong2 + ",c");
   const CZtMetaData source = filled();
   // An operation on a filled store: a new element of each form, a read into a fresh value.
   const auto on = [&](std::function<void(CZtMetaData&)> op) { return On(filled, kNoCheck, op); };
@@ -616,7 +609,7 @@ TEST(AllocationSweep, MetaData) {
 TEST(AllocationSweep, CalibrationRecords) {
   using Record = Zt::CZtMetricCalibAddImageResult;
   Record from;
-  from.m_aTexts = Texts({"a", "b"});
+  from.m_aTexts = Texts("a,b");
   const Zt::CZtMetricCalibResult result;
   Sweep({
       // The message, the two numeric arrays' objects, then the string array.
