@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -57,9 +58,9 @@ const char* KindName(AllocKind kind) {
 struct Attempt {
   explicit Attempt(AllocKind k = AllocKind::New, unsigned long long n = 0) : kind(k), nth(n) {}
   AllocKind kind;
-  unsigned long long nth;  // 0: counting only
-  bool fired = false;      // whether the injected failure happened
-  unsigned long long calls[3] = {};
+  unsigned long long nth;                     // 0: counting only
+  bool fired = false;                         // whether the injected failure happened
+  std::array<unsigned long long, 3> calls{};  // by kind
   Outcome outcome;
   long long ownBlocks = 0;  // blocks that the recorded chain holds
 
@@ -69,16 +70,15 @@ struct Attempt {
     // The failure ends before the outcome is recorded, whose allocations must not fail or count.
     const auto stop = [&](Outcome::What what) {
       fired = failure->Fired();
-      for (AllocKind k : kKinds) calls[static_cast<int>(k)] = failure->Calls(k);
+      for (AllocKind k : kKinds) calls[static_cast<std::size_t>(k)] = failure->Calls(k);
       failure.reset();
       outcome.what = what;
     };
     try {
-      if constexpr (std::is_void_v<decltype(op())>) {
+      if constexpr (std::is_void_v<decltype(op())>)
         op();
-      } else {
+      else
         outcome.result = op();
-      }
       stop(Outcome::Returned);
     } catch (Zt::CZtException& e) {
       stop(Outcome::Raised);
@@ -91,7 +91,6 @@ struct Attempt {
       stop(Outcome::Other);
     }
   }
-  unsigned long long Calls(AllocKind k) const { return calls[static_cast<int>(k)]; }
 };
 
 // The k-th of `calls` allocations of `kind`, made to fail.
@@ -111,8 +110,7 @@ struct Row {
   std::string name;
   Run run;  // builds the objects, runs the operation through the attempt once, checks the objects
   Failing failing = nullptr;  // the outcome at each failure point; if none, the sweep's own
-  // Blocks are left by contract: hidden from a sanitizer's leak checker, the count is the check.
-  bool leaks = false;
+  bool leaks = false;      // blocks left by contract: hidden from a leak checker, the count checks
   Outcome clean = Done();  // the outcome with nothing failing
 };
 
@@ -135,7 +133,6 @@ void Valid(const T& object, const Attempt& at) {
   EXPECT_EQ(object.IsValid(), !at.fired);
 }
 
-// Counts the failure points swept and prints their number at the end.
 struct PointCount {
   unsigned long long n = 0;
   ~PointCount() { std::printf("allocation-failure points: %llu\n", n); }
@@ -156,7 +153,7 @@ void Sweep(const std::vector<Row>& rows, const Failing& failing = AnyBadAlloc) {
     Attempt counting;
     EXPECT_EQ(Measure(row, counting), row.clean) << "with nothing failing";
     for (AllocKind kind : kKinds) {
-      const unsigned long long calls = counting.Calls(kind);
+      const unsigned long long calls = counting.calls[static_cast<std::size_t>(kind)];
       for (unsigned long long k = 1; k <= calls + 1; ++k) {
         Attempt attempt(kind, k);
         const Outcome outcome = Measure(row, attempt);
@@ -226,8 +223,7 @@ TEST(AllocationSweep, TheCopyOfANumericArrayChecksItsSourceBeforeItAllocates) {
   copying([&] { Zt::CZtArrayDouble copy(hollow); });
   reading([&] { (void)hollow.GetElementSize(); });
   ASSERT_EQ(copying.outcome.what, Outcome::Raised);
-  for (AllocKind kind : kKinds)
-    EXPECT_EQ(copying.Calls(kind), reading.Calls(kind)) << KindName(kind);
+  EXPECT_EQ(copying.calls, reading.calls);  // malloc, realloc, new
 }
 
 using Zt::CZtArrayString;
@@ -341,16 +337,15 @@ TEST(AllocationSweep, StringArrays) {
 }
 
 using Shape2 = std::vector<unsigned long long>;
-template <class A>
-Shape2 Shape(const A& array) {
-  unsigned long long rows = 0, columns = 0;
-  array.GetSize(rows, columns);
-  return {rows, columns};
-}
 
 template <class A, class T>
 void Sweep2D(const std::string& type) {
   SCOPED_TRACE("CZtMatrix<" + type + ">");
+  const auto shape = [](const A& array) {
+    unsigned long long rows = 0, columns = 0;
+    array.GetSize(rows, columns);
+    return Shape2{rows, columns};
+  };
   const Failing resized =
       Always(Raise({{"Error resizing matrix:" + kWhat, "Zt::CZtMatrix<" + type + ">::Resize",
                      "source\\zt.core.math\\ZtMatrix", true}}));
@@ -362,7 +357,7 @@ void Sweep2D(const std::string& type) {
       const void* storage = array.GetDataPtr();
       at([&] { op(array, big); });
       if (resizing && !at.fired) return;
-      EXPECT_EQ(Shape(array), (resizing ? Shape2{0, 0} : Shape2{30, 30}));
+      EXPECT_EQ(shape(array), (resizing ? Shape2{0, 0} : Shape2{30, 30}));
       EXPECT_EQ(array.GetDataPtr() == storage, at.fired);
     };
   };
@@ -380,10 +375,10 @@ void Sweep2D(const std::string& type) {
          A array(2, 2);
          array(1, 1) = T(7);
          at([&] { array = twoByThree; });
-         if (at.fired && Shape(array) == Shape2{2, 2}) {
+         if (at.fired && shape(array) == Shape2{2, 2}) {
            EXPECT_EQ(array(1, 1), T(7));  // the new matrix was not had
          } else {
-           EXPECT_EQ(Shape(array), (Shape2{2, 3}));
+           EXPECT_EQ(shape(array), (Shape2{2, 3}));
            EXPECT_EQ(array.IsValid(), !at.fired);
          }
        },
