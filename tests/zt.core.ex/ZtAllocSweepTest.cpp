@@ -49,10 +49,8 @@ Outcome Done(bool r = true, long long leaked = 0) { return {Outcome::Returned, r
 Outcome BadAlloc(long long leaked = 0) { return {Outcome::BadAlloc, true, {}, leaked}; }
 Outcome Raise(Links chain, long long leaked = 0) { return {Outcome::Raised, true, chain, leaked}; }
 
-const AllocKind kKinds[] = {AllocKind::Malloc, AllocKind::Realloc, AllocKind::New};
-const char* KindName(AllocKind kind) {
-  return kind == AllocKind::Malloc ? "malloc" : kind == AllocKind::Realloc ? "realloc" : "new";
-}
+const std::pair<AllocKind, const char*> kKinds[] = {
+    {AllocKind::Malloc, "malloc"}, {AllocKind::Realloc, "realloc"}, {AllocKind::New, "new"}};
 
 // One run of a row's operation, with the nth allocation of `kind` failing.
 struct Attempt {
@@ -70,7 +68,7 @@ struct Attempt {
     // The failure ends before the outcome is recorded, whose allocations must not fail or count.
     const auto stop = [&](Outcome::What what) {
       fired = failure->Fired();
-      for (AllocKind k : kKinds) calls[static_cast<std::size_t>(k)] = failure->Calls(k);
+      for (auto& k : kKinds) calls[static_cast<std::size_t>(k.first)] = failure->Calls(k.first);
       failure.reset();
       outcome.what = what;
     };
@@ -152,12 +150,12 @@ void Sweep(const std::vector<Row>& rows, const Failing& failing = AnyBadAlloc) {
     SCOPED_TRACE(row.name);
     Attempt counting;
     EXPECT_EQ(Measure(row, counting), row.clean) << "with nothing failing";
-    for (AllocKind kind : kKinds) {
+    for (const auto& [kind, name] : kKinds) {
       const unsigned long long calls = counting.calls[static_cast<std::size_t>(kind)];
       for (unsigned long long k = 1; k <= calls + 1; ++k) {
         Attempt attempt(kind, k);
         const Outcome outcome = Measure(row, attempt);
-        SCOPED_TRACE(::testing::Message() << KindName(kind) << " " << k << " of " << calls);
+        SCOPED_TRACE(::testing::Message() << name << " " << k << " of " << calls);
         ASSERT_EQ(attempt.fired, k <= calls) << (k > calls ? "more" : "fewer") << " than counted";
         g_Points.n += attempt.fired ? 1 : 0;
         EXPECT_EQ(outcome, attempt.fired ? (row.failing ? row.failing : failing)({kind, k, calls})
