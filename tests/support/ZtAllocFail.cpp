@@ -14,9 +14,9 @@ namespace {
 
 // Plain data only: it is read by every allocation of the process, also before and after main.
 struct State {
-  bool active, armed, fired;
+  bool active, fired;
   AllocKind kind;
-  unsigned long long remaining;  // calls of `kind` until the failure
+  unsigned long long remaining;  // calls of `kind` until the failure; 0 when not armed
   unsigned long long calls[3];   // by kind
 };
 State g_State{};
@@ -31,15 +31,9 @@ void* Counted(void* block) {
 bool ShouldFail(AllocKind kind) {
   if (!g_State.active) return false;
   ++g_State.calls[static_cast<int>(kind)];
-  if (!g_State.armed || g_State.kind != kind || --g_State.remaining != 0) return false;
-  g_State.armed = false;
+  if (g_State.remaining == 0 || g_State.kind != kind || --g_State.remaining != 0) return false;
   g_State.fired = true;
   return true;
-}
-
-void Start(bool armed, AllocKind kind, unsigned long long nth) {
-  if (g_State.active) std::abort();  // only one may be alive at a time
-  g_State = State{true, armed && nth != 0, false, kind, nth, {}};
 }
 
 void* NewBlock(std::size_t size) {
@@ -48,8 +42,11 @@ void* NewBlock(std::size_t size) {
 
 }  // namespace
 
-ZtAllocFail::ZtAllocFail() { Start(false, AllocKind::New, 0); }
-ZtAllocFail::ZtAllocFail(AllocKind kind, unsigned long long nth) { Start(true, kind, nth); }
+ZtAllocFail::ZtAllocFail() : ZtAllocFail(AllocKind::New, 0) {}
+ZtAllocFail::ZtAllocFail(AllocKind kind, unsigned long long nth) {
+  if (g_State.active) std::abort();  // only one may be alive at a time
+  g_State = State{true, false, kind, nth, {}};
+}
 ZtAllocFail::~ZtAllocFail() { g_State = State{}; }
 bool ZtAllocFail::Fired() const { return g_State.fired; }
 unsigned long long ZtAllocFail::Calls(AllocKind kind) const {

@@ -1,12 +1,7 @@
 #ifndef ZT_TESTS_ZTALLOCFAILCHAIN_H
 #define ZT_TESTS_ZTALLOCFAILCHAIN_H
 
-// Checks of a failure raised with an allocation made to fail (needs zt_alloc_fail).
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <vector>
+// Checks of a failure raised with an allocation made to fail (needs zt_alloc_fail), on ZtChain.h.
 
 #include "ZtAllocFail.h"
 #include "ZtChain.h"
