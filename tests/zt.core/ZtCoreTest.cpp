@@ -145,7 +145,8 @@ TEST(CZtString, CopiesAssignsAppendsAndConcatenatesByValue) {
   const CZtString a("left"), b("right");
   EXPECT_EQ(S(a + b) + "|" + S(a + "; " + b) + "|" + S(a), "leftright|left; right|left");
   EXPECT_TRUE(a + b == "leftright" && "left" == a && a != b && CZtString() == nullptr);
-  EXPECT_FALSE(a == "lef" || a != "left" || a != CZtString("left") || a == nullptr);
+  EXPECT_FALSE(a == "lef" || "lef" == a || a != "left" || "left" != a || a != CZtString("left") ||
+               a == nullptr);
   // Always a valid block (width, length and bytes: the byte array's CopyFrom test).
   EXPECT_TRUE(static_cast<const Zt::IMemoryAccess&>(CZtString("four")).IsValid());
   delete static_cast<Zt::IMemoryAccess*>(new CZtString("x"));  // a virtual destructor
